@@ -1,0 +1,241 @@
+#include "app/app_model.h"
+
+#include "app/policy/blocked_applications.h"
+#include "app/policy/focus_activation.h"
+#include "app/stored_lists.h"
+
+#include <QPointer>
+
+namespace orvanta {
+
+using namespace Qt::StringLiterals;
+
+AppModel::AppModel(const AppModelDependencies& dependencies, const QStringList& arguments, QStringList notices)
+    : m_dependencies(dependencies)
+    , m_permissionSummary(tr("Setup required"))
+    , m_notices(std::move(notices))
+    , m_blockingCoordinator(dependencies.screens, dependencies.overlayPanels, dependencies.runningApplications)
+{
+    // 1. What the launch arguments ask for.
+    m_options = LaunchOptions::read(arguments);
+    m_focusActive = m_orvantaWorkActive = m_options.focusActive;
+    if (m_options.isUiTest)
+        eraseLocalLists();
+
+    // 2. The two lists; the cloud's copy wins over the local one.
+    const SyncToCloud domainsWorthSyncing = loadDomains();
+    const SyncToCloud applicationsWorthSyncing = loadApplications();
+
+    // 3. The application blocker, told of focus before it hears of any activation.
+    applicationBlocker().focusActive = m_focusActive;
+    applicationBlocker().startObserving();
+
+    // 4. The initial save. A first start with nothing stored anywhere leaves the cloud untouched.
+    const bool worthSyncing = domainsWorthSyncing == SyncToCloud::yes || cloudHoldsAnyList() || applicationsWorthSyncing == SyncToCloud::yes;
+    persist(worthSyncing ? SyncToCloud::yes : SyncToCloud::no);
+
+    // 5. Changes that other machines make from now on.
+    if (cloudSyncEnabled()) {
+        m_cloudChanges = m_dependencies.cloudStore.observeExternalChanges([self = QPointer(this)] {
+            if (self)
+                QMetaObject::invokeMethod(self, &AppModel::applyCloudChanges, Qt::QueuedConnection);
+        });
+    }
+
+    // 6. The service.
+    startPolling();
+}
+
+AppModel::~AppModel() = default;
+
+QString AppModel::focusStatusLabel() const
+{
+    return focusStatusLabelText(m_orvantaWorkActive, m_systemFocusActive);
+}
+
+QStringList AppModel::blockedApplicationNames() const
+{
+    QStringList names;
+    for (const auto& application : m_blockedApplications)
+        names << application.displayName;
+    return names;
+}
+
+void AppModel::addDomain(const QString& text)
+{
+    const auto domain = normalisedDomain(text);
+    if (!domain)
+        return;
+    m_blockedDomains.add(*domain);
+    Q_EMIT blockedDomainsChanged();
+    persist(SyncToCloud::yes);
+}
+
+void AppModel::removeDomain(const QString& domain)
+{
+    m_blockedDomains.remove(domain);
+    Q_EMIT blockedDomainsChanged();
+    persist(SyncToCloud::yes);
+}
+
+void AppModel::addApplication(const QString& bundleIdentifier, const QString& displayName)
+{
+    auto application = acceptedApplication(bundleIdentifier, displayName);
+    if (!application)
+        return;
+    orvanta::addApplication(m_blockedApplications, *std::move(application));
+    Q_EMIT blockedApplicationsChanged();
+    persist(SyncToCloud::yes);
+}
+
+void AppModel::removeApplication(const QString& bundleIdentifier)
+{
+    orvanta::removeApplication(m_blockedApplications, bundleIdentifier);
+    Q_EMIT blockedApplicationsChanged();
+    persist(SyncToCloud::yes);
+}
+
+void AppModel::systemFocusChanged(bool isFocused)
+{
+    m_systemFocusActive = isFocused;
+    applyFocus();
+}
+
+void AppModel::eraseLocalLists()
+{
+    for (const QString& key : { StoredLists::domainsKey, StoredLists::applicationsKey })
+        if (const auto removed = m_dependencies.defaults.remove(key); !removed)
+            m_notices << removed.error().description;
+}
+
+AppModel::SyncToCloud AppModel::loadDomains()
+{
+    const QStringList local = StoredLists::domains(m_dependencies.defaults).value_or(QStringList());
+    std::optional<QStringList> fromCloud;
+    if (cloudSyncEnabled()) {
+        m_dependencies.cloudStore.synchronise();
+        fromCloud = StoredLists::domains(m_dependencies.cloudStore);
+    }
+    m_blockedDomains = BlockedDomains(fromCloud.value_or(local));
+    return local.isEmpty() ? SyncToCloud::no : SyncToCloud::yes;
+}
+
+AppModel::SyncToCloud AppModel::loadApplications()
+{
+    auto local = StoredLists::applications(m_dependencies.defaults).value_or(std::vector<BlockedApplication>());
+    const SyncToCloud worthSyncing = local.empty() ? SyncToCloud::no : SyncToCloud::yes;
+    std::optional<std::vector<BlockedApplication>> fromCloud;
+    if (cloudSyncEnabled())
+        fromCloud = StoredLists::applications(m_dependencies.cloudStore);
+    m_blockedApplications = fromCloud ? *std::move(fromCloud) : std::move(local);
+    return worthSyncing;
+}
+
+bool AppModel::cloudHoldsAnyList()
+{
+    return cloudSyncEnabled()
+        && (m_dependencies.cloudStore.value(StoredLists::domainsKey) || m_dependencies.cloudStore.value(StoredLists::applicationsKey));
+}
+
+void AppModel::persist(SyncToCloud syncToCloud)
+{
+    const bool toCloud = cloudSyncEnabled() && syncToCloud == SyncToCloud::yes;
+    store(m_dependencies.defaults, StoredLists::domainsKey, m_blockedDomains.values());
+    if (const auto encoded = encodeBlockedApplications(m_blockedApplications)) {
+        store(m_dependencies.defaults, StoredLists::applicationsKey, *encoded);
+        if (toCloud)
+            store(m_dependencies.cloudStore, StoredLists::applicationsKey, *encoded);
+    }
+    if (toCloud) {
+        store(m_dependencies.cloudStore, StoredLists::domainsKey, m_blockedDomains.values());
+        m_dependencies.cloudStore.synchronise();
+    }
+}
+
+void AppModel::applyCloudChanges()
+{
+    if (auto domains = StoredLists::domains(m_dependencies.cloudStore))
+        setBlockedDomains(BlockedDomains(*std::move(domains)));
+    if (auto applications = StoredLists::applications(m_dependencies.cloudStore))
+        setBlockedApplications(*std::move(applications));
+    // To the local side alone: what came from the cloud is never sent back to it.
+    persist(SyncToCloud::no);
+}
+
+void AppModel::startPolling()
+{
+    const auto key = FocusCredentialStore(m_dependencies.secrets).readAPIKey();
+    if (!key) {
+        setPermissionSummary(tr("Orvanta API key required"));
+        return;
+    }
+    m_pollingTask = std::make_unique<PollingTask>(FocusAPIClient(m_dependencies.urlSession, m_dependencies.service.origin, *key),
+        [self = QPointer(this)](const PollingTask::Answer& answer) {
+            if (self)
+                self->takePollAnswer(answer);
+        });
+    m_pollingTask->start();
+}
+
+void AppModel::takePollAnswer(const PollingTask::Answer& answer)
+{
+    if (!answer) {
+        setPermissionSummary(answer.error().description());
+        return;
+    }
+    m_orvantaWorkActive = answer->active;
+    applyFocus();
+    setPermissionSummary(tr("Orvanta connected"));
+}
+
+/// After one of the two sources has a new value: the rule, and what it changes.
+void AppModel::applyFocus()
+{
+    const bool before = m_focusActive;
+    m_focusActive = FocusActivation::isActive(m_orvantaWorkActive, m_systemFocusActive);
+    Q_EMIT focusActiveChanged();
+    Q_EMIT focusStatusLabelChanged();
+    if (FocusStateTransition::counts(before, m_focusActive))
+        applicationBlocker().focusActive = m_focusActive;
+}
+
+ApplicationBlocker& AppModel::applicationBlocker()
+{
+    if (!m_applicationBlocker) {
+        auto identifiers = [self = QPointer(this)] { return self ? blockedBundleIdentifiers(self->m_blockedApplications) : QSet<QString>(); };
+        m_applicationBlocker
+            = std::make_unique<ApplicationBlocker>(std::move(identifiers), m_blockingCoordinator, m_dependencies.activationMonitor, m_dependencies.screens);
+    }
+    return *m_applicationBlocker;
+}
+
+void AppModel::setBlockedDomains(BlockedDomains domains)
+{
+    m_blockedDomains = std::move(domains);
+    Q_EMIT blockedDomainsChanged();
+}
+
+void AppModel::setBlockedApplications(std::vector<BlockedApplication> applications)
+{
+    m_blockedApplications = std::move(applications);
+    Q_EMIT blockedApplicationsChanged();
+}
+
+void AppModel::setPermissionSummary(const QString& text)
+{
+    if (m_permissionSummary == text)
+        return;
+    m_permissionSummary = text;
+    Q_EMIT permissionSummaryChanged();
+}
+
+void AppModel::store(KeyValueStore& store, const QString& key, const StoredValue& value)
+{
+    const auto stored = store.setValue(key, value);
+    if (stored || m_notices.contains(stored.error().description))
+        return;
+    m_notices << stored.error().description;
+    Q_EMIT noticesChanged();
+}
+
+} // namespace orvanta

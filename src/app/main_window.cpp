@@ -1,0 +1,45 @@
+#include "app/main_window.h"
+
+#include "app/app_model.h"
+#include "blocking/motion_settings.h"
+
+#include <QDebug>
+#include <QQmlEngine>
+#include <QQuickWindow>
+
+namespace orvanta {
+
+using namespace Qt::StringLiterals;
+
+MainWindow::MainWindow(QQmlEngine& engine, AppModel& model, MotionSettings& motion)
+    : m_component(&engine, QUrl(u"qrc:/qt/qml/Orvanta/App/Main.qml"_s))
+    , m_model(model)
+    , m_motion(motion)
+{
+}
+
+MainWindow::~MainWindow() = default;
+
+bool MainWindow::show()
+{
+    QObject* made = m_component.createWithInitialProperties(
+        { { u"model"_s, QVariant::fromValue(static_cast<QObject*>(&m_model)) }, { u"motion"_s, QVariant::fromValue(static_cast<QObject*>(&m_motion)) } });
+    m_window.reset(qobject_cast<QQuickWindow*>(made));
+    if (!m_window) {
+        qCritical("The window cannot be made: %s", qUtf8Printable(m_component.errorString()));
+        return false;
+    }
+    m_window->show();
+    return true;
+}
+
+void MainWindow::bringToFront()
+{
+    if (m_window->windowStates() & Qt::WindowMinimized)
+        m_window->setWindowStates(m_window->windowStates() & ~Qt::WindowMinimized);
+    m_window->show();
+    m_window->raise();
+    m_window->requestActivate();
+}
+
+} // namespace orvanta

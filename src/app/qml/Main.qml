@@ -1,0 +1,58 @@
+import QtQuick
+import Orvanta.App
+import Orvanta.Blocking
+import Orvanta.Settings
+
+/*
+ * The one window: the blocking screen while focus is active or a preview was asked for, the settings otherwise.
+ * Closing it hides it, since the program watches on without a window; a preview ends with its window.
+ */
+Window {
+    id: window
+
+    required property AppModel model
+    required property MotionSettings motion
+
+    readonly property bool showsBlockingScreen: model.focusActive || model.isBlockedPreview
+
+    title: qsTr("Orvanta Focus")
+    width: 720
+    height: 760
+    minimumWidth: 560
+    minimumHeight: 620
+
+    Loader {
+        id: content
+        anchors.fill: parent
+        focus: true
+        sourceComponent: window.showsBlockingScreen ? blockingScreen : settings
+    }
+
+    Component {
+        id: blockingScreen
+
+        BlockingView {
+            reduceMotion: window.motion.reduceMotion
+            acknowledgeable: window.model.isBlockedApplicationPreview
+            onAcknowledged: window.close()
+        }
+    }
+
+    Component {
+        id: settings
+
+        FocusSettingsView {
+            focusActive: window.model.focusActive
+            focusStatusLabel: window.model.focusStatusLabel
+            permissionSummary: window.model.permissionSummary
+            notices: window.model.notices
+            blockedDomains: window.model.blockedDomains
+            blockedApplications: window.model.blockedApplicationNames
+        }
+    }
+
+    Shortcut {
+        sequences: [StandardKey.Quit]
+        onActivated: Qt.quit()
+    }
+}

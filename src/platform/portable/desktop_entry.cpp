@@ -1,0 +1,297 @@
+#include "platform/portable/desktop_entry.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+
+namespace orvanta {
+
+namespace {
+
+constexpr std::string_view blanks = " \t\r\f\v";
+
+std::string_view trimmed(std::string_view text)
+{
+    const auto first = text.find_first_not_of(blanks);
+    if (first == std::string_view::npos)
+        return {};
+    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+}
+
+/// The next line of `rest`, which then begins after it.
+std::string_view takeLine(std::string_view& rest)
+{
+    const auto end = rest.find('\n');
+    const std::string_view line = rest.substr(0, end);
+    rest = end == std::string_view::npos ? std::string_view {} : rest.substr(end + 1);
+    return line;
+}
+
+char unescaped(char escape)
+{
+    switch (escape) {
+    case 's':
+        return ' ';
+    case 'n':
+        return '\n';
+    case 't':
+        return '\t';
+    case 'r':
+        return '\r';
+    default:
+        return escape;
+    }
+}
+
+bool isEscape(char character) { return std::string_view("sntr\\;").find(character) != std::string_view::npos; }
+
+QString text(std::string_view value)
+{
+    if (value.find('\\') == std::string_view::npos)
+        return QString::fromUtf8(value.data(), static_cast<qsizetype>(value.size()));
+    std::string result;
+    result.reserve(value.size());
+    for (std::size_t i = 0; i < value.size(); ++i) {
+        if (value[i] == '\\' && i + 1 < value.size() && isEscape(value[i + 1]))
+            result += unescaped(value[++i]);
+        else
+            result += value[i];
+    }
+    return QString::fromStdString(result);
+}
+
+/// The parts between semicolons; one that is escaped does not part. An empty part at the end is none.
+QStringList list(std::string_view value)
+{
+    QStringList result;
+    std::size_t begin = 0;
+    for (std::size_t i = 0; i <= value.size(); ++i) {
+        if (i < value.size() && value[i] == '\\') {
+            ++i;
+            continue;
+        }
+        if (i < value.size() && value[i] != ';')
+            continue;
+        if (i < value.size() || i > begin)
+            result << text(value.substr(begin, i - begin));
+        begin = i + 1;
+    }
+    return result;
+}
+
+bool flag(std::string_view value) { return value == "true" || value == "1"; }
+
+/// One entry as it is being read; it remembers how good the best translation of the name is so far.
+class Reading {
+public:
+    explicit Reading(std::span<const std::string> languages) : m_languages(languages), m_nameRank(languages.size() + 1) { }
+
+    void take(std::string_view key, std::string_view value)
+    {
+        if (const auto bracket = key.find('['); bracket != std::string_view::npos) {
+            if (key.back() == ']')
+                takeTranslation(key.substr(0, bracket), key.substr(bracket + 1, key.size() - bracket - 2), value);
+            return;
+        }
+        if (key == "Name")
+            takeName(m_languages.size(), value);
+        else if (key == "Type")
+            m_entry.type = text(value);
+        else if (key == "Exec")
+            m_entry.exec = text(value);
+        else if (key == "TryExec")
+            m_entry.tryExec = text(value);
+        else if (key == "Icon")
+            m_entry.icon = text(value);
+        else if (key == "StartupWMClass")
+            m_entry.startupWmClass = text(value);
+        else if (key == "NoDisplay")
+            m_entry.noDisplay = flag(value);
+        else if (key == "Hidden")
+            m_entry.hidden = flag(value);
+        else if (key == "OnlyShowIn")
+            m_entry.onlyShowIn = list(value);
+        else if (key == "NotShowIn")
+            m_entry.notShowIn = list(value);
+    }
+
+    [[nodiscard]] DesktopEntry finish() { return std::move(m_entry); }
+
+private:
+    void takeTranslation(std::string_view key, std::string_view language, std::string_view value)
+    {
+        if (key != "Name")
+            return;
+        const auto found = std::ranges::find(m_languages, language);
+        if (found != m_languages.end())
+            takeName(static_cast<std::size_t>(found - m_languages.begin()), value);
+    }
+
+    void takeName(std::size_t rank, std::string_view value)
+    {
+        if (rank > m_nameRank)
+            return;
+        m_nameRank = rank;
+        m_entry.name = text(value);
+    }
+
+    std::span<const std::string> m_languages;
+    std::size_t m_nameRank; ///< the place of the name's language among those asked for
+    DesktopEntry m_entry;
+};
+
+bool isVariableOfMessages(const char* value) { return value && *value; }
+
+class Descriptor {
+public:
+    explicit Descriptor(int descriptor) : m_descriptor(descriptor) { }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+    ~Descriptor()
+    {
+        if (m_descriptor >= 0)
+            ::close(m_descriptor);
+    }
+    [[nodiscard]] int get() const { return m_descriptor; }
+
+private:
+    int m_descriptor;
+};
+
+} // namespace
+
+std::vector<std::string> desktopEntryLanguages(std::string_view locale)
+{
+    std::string_view modifier;
+    if (const auto at = locale.find('@'); at != std::string_view::npos) {
+        modifier = locale.substr(at);
+        locale = locale.substr(0, at);
+    }
+    locale = locale.substr(0, locale.find('.'));
+    if (locale.empty() || locale == "C" || locale == "POSIX")
+        return {};
+    const std::string_view language = locale.substr(0, locale.find('_'));
+
+    std::vector<std::string> result;
+    for (const std::string_view base : { locale, language }) {
+        for (const std::string_view ending : { modifier, std::string_view {} }) {
+            std::string tag = std::string(base).append(ending);
+            if (std::ranges::find(result, tag) == result.end())
+                result.push_back(std::move(tag));
+        }
+    }
+    return result;
+}
+
+std::vector<std::string> desktopEntryLanguages()
+{
+    for (const char* variable : { "LC_ALL", "LC_MESSAGES", "LANG" }) {
+        if (const char* value = std::getenv(variable); isVariableOfMessages(value))
+            return desktopEntryLanguages(std::string_view(value));
+    }
+    return {};
+}
+
+std::expected<DesktopEntry, DesktopEntryError> parseDesktopEntry(std::string_view bytes, std::span<const std::string> languages)
+{
+    if (bytes.size() > desktopEntryLimit)
+        return std::unexpected(DesktopEntryError::tooLarge);
+
+    bool isFound = false;
+    Reading reading(languages);
+    while (!bytes.empty()) {
+        const std::string_view line = trimmed(takeLine(bytes));
+        if (line.empty() || line.front() == '#')
+            continue;
+        if (line.front() == '[') {
+            if (isFound)
+                break;
+            isFound = line == "[Desktop Entry]";
+            continue;
+        }
+        if (!isFound)
+            continue;
+        const auto equals = line.find('=');
+        if (equals == std::string_view::npos || equals == 0)
+            continue;
+        reading.take(trimmed(line.substr(0, equals)), trimmed(line.substr(equals + 1)));
+    }
+    if (!isFound)
+        return std::unexpected(DesktopEntryError::noDesktopEntry);
+    return reading.finish();
+}
+
+std::expected<DesktopEntry, DesktopEntryError> readDesktopEntry(const std::string& path, std::span<const std::string> languages)
+{
+    const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    struct stat status { };
+    if (file.get() < 0 || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))
+        return std::unexpected(DesktopEntryError::unreadable);
+    if (static_cast<std::size_t>(status.st_size) > desktopEntryLimit)
+        return std::unexpected(DesktopEntryError::tooLarge);
+
+    std::string bytes(static_cast<std::size_t>(status.st_size), '\0');
+    std::size_t size = 0;
+    while (size < bytes.size()) {
+        const ssize_t got = ::read(file.get(), bytes.data() + size, bytes.size() - size);
+        if (got < 0)
+            return std::unexpected(DesktopEntryError::unreadable);
+        if (got == 0)
+            break;
+        size += static_cast<std::size_t>(got);
+    }
+    return parseDesktopEntry(std::string_view(bytes).substr(0, size), languages);
+}
+
+QStringList desktopEntryCommand(QStringView exec)
+{
+    QStringList words;
+    QString word;
+    bool isWord = false;
+    bool isQuoted = false;
+    for (qsizetype i = 0; i < exec.size(); ++i) {
+        const QChar character = exec[i];
+        const bool isLast = i + 1 == exec.size();
+        if (character == u'"') {
+            isQuoted = !isQuoted;
+            isWord = true;
+        } else if (character == u'\\' && isQuoted && !isLast) {
+            word += exec[++i];
+        } else if (!isQuoted && (character == u' ' || character == u'\t' || character == u'\n')) {
+            if (isWord)
+                words << std::exchange(word, {});
+            isWord = false;
+        } else if (character == u'%' && !isQuoted && !isLast) {
+            // A field code stands for what the entry is opened with: nothing, here.
+            if (exec[++i] == u'%') {
+                word += u'%';
+                isWord = true;
+            }
+        } else {
+            word += character;
+            isWord = true;
+        }
+    }
+    if (isQuoted)
+        return {};
+    if (isWord)
+        words << word;
+    return words;
+}
+
+bool isShownIn(const DesktopEntry& entry, const QStringList& desktops)
+{
+    for (const QString& desktop : desktops) {
+        if (entry.onlyShowIn && entry.onlyShowIn->contains(desktop))
+            return true;
+        if (entry.notShowIn.contains(desktop))
+            return false;
+    }
+    return !entry.onlyShowIn;
+}
+
+} // namespace orvanta

@@ -1,0 +1,149 @@
+#include "service/http_transfer.h"
+
+#include "service/redirect.h"
+#include "service/single_use_body.h"
+
+#include <QNetworkRequest>
+
+namespace orvanta {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// `value` as a header can carry it. A line break would end the header, and what follows would be read as headers of
+/// its own; HTTP tells whoever meets one inside a value to take it as a space. A space at the end does not belong to
+/// the value any more, so a key stored with a trailing line break works.
+QByteArray wireValue(QByteArray value)
+{
+    return value.replace('\r', ' ').replace('\n', ' ').replace('\0', ' ');
+}
+
+QNetworkRequest networkRequest(const HttpRequest& request, const QSslConfiguration& tls)
+{
+    QNetworkRequest result(request.url);
+    result.setSslConfiguration(tls);
+    result.setRawHeader("User-Agent", "OrvantaFocus");
+    for (const auto& [name, value] : request.headers)
+        result.setRawHeader(name, wireValue(value));
+    result.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
+    result.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
+    result.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
+    result.setAttribute(QNetworkRequest::AuthenticationReuseAttribute, QNetworkRequest::Manual);
+    // One small request at a time gains nothing from streams, and pays for their frames, settings and windows.
+    result.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
+    result.setAttribute(QNetworkRequest::DoNotBufferUploadDataAttribute, true);
+    return result;
+}
+
+/// QNetworkReply also reports statuses from 400 on as errors; they are complete answers for all that.
+bool standsForAStatus(QNetworkReply::NetworkError error)
+{
+    switch (error) {
+    case QNetworkReply::NoError:
+    case QNetworkReply::ProxyAuthenticationRequiredError:
+    case QNetworkReply::ContentAccessDenied:
+    case QNetworkReply::ContentOperationNotPermittedError:
+    case QNetworkReply::ContentNotFoundError:
+    case QNetworkReply::AuthenticationRequiredError:
+    case QNetworkReply::ContentConflictError:
+    case QNetworkReply::ContentGoneError:
+    case QNetworkReply::UnknownContentError:
+    case QNetworkReply::ProtocolInvalidOperationError:
+    case QNetworkReply::InternalServerError:
+    case QNetworkReply::OperationNotImplementedError:
+    case QNetworkReply::ServiceUnavailableError:
+    case QNetworkReply::UnknownServerError:
+        return true;
+    default:
+        return false;
+    }
+}
+
+} // namespace
+
+HttpTransfer::HttpTransfer(HttpRequest request)
+    : m_request(std::move(request))
+    , m_deadline(this)
+{
+    m_deadline.setSingleShot(true);
+    m_deadline.setTimerType(Qt::PreciseTimer); // a coarse one may end a request a twentieth early
+    m_deadline.callOnTimeout(this, [this] { fail(u"The request timed out"_s); });
+}
+
+void HttpTransfer::start(std::shared_ptr<QNetworkAccessManager> manager, const QSslConfiguration& tls)
+{
+    m_manager = std::move(manager);
+    m_tls = tls;
+    if (m_request.url.scheme() != "https"_L1 && m_request.url.scheme() != "http"_L1)
+        return fail(u"Only https and http addresses can be reached"_s);
+    m_deadline.start(m_request.timeout);
+    sendRequest();
+}
+
+void HttpTransfer::fail(const QString& description)
+{
+    finish(std::unexpected(TransportError { description }));
+}
+
+void HttpTransfer::sendRequest()
+{
+    const QNetworkRequest request = networkRequest(m_request, m_tls);
+    if (m_request.body) {
+        auto* body = new SingleUseBody(*m_request.body, nullptr);
+        m_reply = m_manager->sendCustomRequest(request, m_request.method, body);
+        body->setParent(m_reply);
+    } else if (m_request.method == "GET") {
+        m_reply = m_manager->get(request);
+    } else {
+        m_reply = m_manager->sendCustomRequest(request, m_request.method);
+    }
+    connect(m_reply, &QNetworkReply::finished, this, &HttpTransfer::takeAnswer);
+    connect(m_reply, &QNetworkReply::readyRead, this, [this] {
+        if (m_reply->bytesAvailable() > largestBody)
+            fail(u"The answer is too large"_s);
+    });
+}
+
+void HttpTransfer::takeAnswer()
+{
+    const QVariant status = m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
+    judge(status.isValid() ? std::optional(status.toInt()) : std::nullopt, m_reply->error());
+}
+
+void HttpTransfer::judge(std::optional<int> statusCode, QNetworkReply::NetworkError error)
+{
+    if (!statusCode && error == QNetworkReply::ProtocolFailure)
+        return finish(UrlResponse { .statusCode = std::nullopt, .body = {} });
+    if (!statusCode || !standsForAStatus(error))
+        return fail(m_reply->errorString());
+
+    const QByteArray header = "Location";
+    auto next = redirected(m_request, *statusCode, m_reply->hasRawHeader(header) ? std::optional(m_reply->rawHeader(header)) : std::nullopt);
+    if (!next)
+        return finish(std::unexpected(std::move(next).error()));
+    if (!*next)
+        return finish(UrlResponse { .statusCode = statusCode, .body = m_reply->readAll() });
+    if (++m_redirects > mostRedirects)
+        return fail(u"The service redirected too many times"_s);
+    m_reply->disconnect(this);
+    m_reply->deleteLater();
+    m_request = **std::move(next);
+    sendRequest();
+}
+
+void HttpTransfer::finish(UrlResult result)
+{
+    if (std::exchange(m_isDone, true))
+        return;
+    m_deadline.stop();
+    if (m_reply) {
+        m_reply->disconnect(this);
+        m_reply->abort();
+        m_reply->deleteLater();
+    }
+    Q_EMIT completed(result);
+    deleteLater();
+}
+
+} // namespace orvanta

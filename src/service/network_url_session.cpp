@@ -1,0 +1,119 @@
+#include "service/network_url_session.h"
+
+#include "service/http_transfer.h"
+#include "service/origin.h"
+
+#include <QNetworkProxyFactory>
+
+namespace orvanta {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// A connection that has been silent for longer may have died without a word, above all while the machine slept; using
+/// it would cost a request its whole time-out. Polls come every few seconds, so in a waking machine it is never reached.
+constexpr std::chrono::seconds longestSilence { 30 };
+
+class ProxiesExceptOnLoopback : public QNetworkProxyFactory {
+public:
+    QList<QNetworkProxy> queryProxy(const QNetworkProxyQuery& query) override
+    {
+        QUrl peer;
+        peer.setHost(query.peerHostName());
+        return isOnLoopback(peer) ? QList<QNetworkProxy> { QNetworkProxy::NoProxy } : systemProxyForQuery(query);
+    }
+};
+
+std::shared_ptr<QNetworkAccessManager> makeManager()
+{
+    // The last transfer lets its manager go from within a signal of one of the manager's replies.
+    std::shared_ptr<QNetworkAccessManager> manager(new QNetworkAccessManager, [](QNetworkAccessManager* last) { last->deleteLater(); });
+    manager->setProxyFactory(new ProxiesExceptOnLoopback);
+    return manager;
+}
+
+QSslConfiguration makeTls(const QList<QSslCertificate>& extraAuthorities)
+{
+    QSslConfiguration tls = QSslConfiguration::defaultConfiguration();
+    tls.setPeerVerifyMode(QSslSocket::VerifyPeer);
+    // Naming any authority ends the look-up of the system's as they are needed: then all of them must be named.
+    if (!extraAuthorities.isEmpty())
+        tls.setCaCertificates(QSslConfiguration::systemCaCertificates() + extraAuthorities);
+    return tls;
+}
+
+} // namespace
+
+/// The part of the session that lives in its thread: starts the transfers and owns them.
+class NetworkUrlSession::Worker : public QObject {
+public:
+    Worker(QList<QSslCertificate> extraAuthorities, WallClock now) : m_extraAuthorities(std::move(extraAuthorities)), m_now(std::move(now)) { }
+
+    void start(HttpTransfer* transfer)
+    {
+        transfer->setParent(this);
+        forgetSilentConnections();
+        connect(transfer, &HttpTransfer::completed, this, [this] { m_lastUse = m_now(); });
+        transfer->start(m_manager, m_tls);
+    }
+
+    void shutDown()
+    {
+        for (HttpTransfer* transfer : findChildren<HttpTransfer*>(Qt::FindDirectChildrenOnly))
+            transfer->fail(u"The request was cancelled"_s);
+        m_manager.reset();
+        thread()->quit();
+    }
+
+private:
+    void forgetSilentConnections()
+    {
+        const auto now = m_now();
+        const bool isFresh = now >= m_lastUse && now - m_lastUse <= longestSilence;
+        m_lastUse = now;
+        if (m_manager && isFresh)
+            return;
+        if (!m_manager)
+            m_tls = makeTls(m_extraAuthorities);
+        m_manager = makeManager();
+    }
+
+    QList<QSslCertificate> m_extraAuthorities;
+    WallClock m_now;
+    std::chrono::system_clock::time_point m_lastUse;
+    QSslConfiguration m_tls;
+    std::shared_ptr<QNetworkAccessManager> m_manager; ///< made for the first request; old ones live on in their transfers
+};
+
+NetworkUrlSession::NetworkUrlSession(QList<QSslCertificate> extraAuthorities, WallClock now)
+    : m_worker(new Worker(std::move(extraAuthorities), std::move(now)))
+{
+    m_thread.setObjectName(u"url-session"_s);
+    m_worker->moveToThread(&m_thread);
+    QObject::connect(&m_thread, &QThread::finished, m_worker, &QObject::deleteLater);
+    m_thread.start();
+}
+
+NetworkUrlSession::~NetworkUrlSession()
+{
+    QMetaObject::invokeMethod(m_worker, [worker = m_worker] { worker->shutDown(); }, Qt::QueuedConnection);
+    m_thread.wait();
+}
+
+void NetworkUrlSession::send(HttpRequest request, QObject* context, Callback<UrlResult> completed)
+{
+    // A connection to the context is what makes its death safe in another thread: Qt drops the answer under its own lock.
+    auto* transfer = new HttpTransfer(std::move(request));
+    QObject::connect(
+        transfer, &HttpTransfer::completed, context,
+        [completed = std::move(completed)](const UrlResult& result) mutable {
+            auto once = std::move(completed); // and whatever it holds dies in the context's thread
+            once(result);
+        },
+        Qt::QueuedConnection);
+    transfer->moveToThread(&m_thread);
+    QMetaObject::invokeMethod(m_worker, [worker = m_worker, transfer] { worker->start(transfer); }, Qt::QueuedConnection);
+}
+
+} // namespace orvanta

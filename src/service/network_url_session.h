@@ -1,0 +1,43 @@
+#pragma once
+
+#include "service/url_session.h"
+
+#include <QList>
+#include <QSslCertificate>
+#include <QThread>
+
+#include <chrono>
+#include <functional>
+
+namespace orvanta {
+
+/// The URL session of the process, on QNetworkAccessManager in a thread of its own. Made by main, and outlives whatever
+/// sends through it. Connections are kept for the next request; there are no cookies and no cache. Nothing runs while
+/// nothing is asked for. The system's proxies are used, but never for a loopback address.
+///
+/// A GET whose kept connection turns out to be dead is sent again at once; a request with a body never is. A line break
+/// in a header value, which HTTP cannot carry, goes out as a space.
+class NetworkUrlSession final : public UrlSession {
+public:
+    using WallClock = std::function<std::chrono::system_clock::time_point()>;
+
+    /// `extraAuthorities` are trusted beside the system's. `now` is called in the session's thread; it must go on while
+    /// the machine sleeps.
+    explicit NetworkUrlSession(QList<QSslCertificate> extraAuthorities = {}, WallClock now = std::chrono::system_clock::now);
+
+    /// Ends what is under way: each such request completes with a TransportError. Does not wait for any network.
+    ~NetworkUrlSession() override;
+
+    NetworkUrlSession(const NetworkUrlSession&) = delete;
+    NetworkUrlSession& operator=(const NetworkUrlSession&) = delete;
+
+    void send(HttpRequest request, QObject* context, Callback<UrlResult> completed) override;
+
+private:
+    class Worker;
+
+    QThread m_thread;
+    Worker* m_worker; ///< lives in m_thread and is deleted there
+};
+
+} // namespace orvanta
