@@ -13,6 +13,10 @@ if(ORVANTA_SANITIZE)
   add_link_options(-fsanitize=${ORVANTA_SANITIZE})
 endif()
 
+if(ORVANTA_BUILD_FUZZERS)
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
 # Warnings for hand-written code. Generated QML code is compiled in targets of its own and is exempt.
 add_library(orvanta_warnings INTERFACE)
 target_compile_options(orvanta_warnings INTERFACE
@@ -70,6 +74,7 @@ endfunction()
 # module links NAMEplugin as well.
 function(orvanta_qml_module name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "URI" "QML_FILES;RESOURCES;SOURCES;LIBRARIES")
+  string(REPLACE "." "/" path "${arg_URI}")
   qt_add_library(${name} STATIC)
   set_target_properties(${name} PROPERTIES AUTOMOC ON)
   qt_add_qml_module(${name}
@@ -79,7 +84,8 @@ function(orvanta_qml_module name)
     QML_FILES ${arg_QML_FILES}
     RESOURCES ${arg_RESOURCES}
     SOURCES ${arg_SOURCES}
-    OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/qml/${arg_URI}")
+    DEPENDENCIES QtQuick
+    OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/qml/${path}")
   get_target_property(warnings orvanta_warnings INTERFACE_COMPILE_OPTIONS)
   set_source_files_properties(${arg_SOURCES} PROPERTIES COMPILE_OPTIONS "${warnings}")
   get_target_property(definitions orvanta_warnings INTERFACE_COMPILE_DEFINITIONS)

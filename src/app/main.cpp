@@ -19,6 +19,12 @@ namespace {
 
 constexpr int usageError = 2;
 
+int fail(const QString& reason, int status)
+{
+    std::fprintf(stderr, "orvanta-focus: %s\n", qUtf8Printable(reason));
+    return status;
+}
+
 std::optional<QString> environment(const char* name)
 {
     return qEnvironmentVariableIsSet(name) ? std::optional(qEnvironmentVariable(name)) : std::nullopt;
@@ -29,28 +35,28 @@ std::optional<QString> environment(const char* name)
 int main(int argc, char** argv)
 {
     const auto service = ServiceConfiguration::make(QStringLiteral(ORVANTA_SERVICE_ORIGIN), environment("ORVANTA_SERVICE_ORIGIN"));
-    if (!service) {
-        std::fprintf(stderr, "orvanta-focus: %s\n", qUtf8Printable(service.error()));
-        return usageError;
-    }
-
-    preparePlatform();
+    if (!service)
+        return fail(service.error(), usageError);
+    if (const auto prepared = preparePlatform(); !prepared)
+        return fail(prepared.error().description, EXIT_FAILURE);
     QGuiApplication application(argc, argv);
     QGuiApplication::setApplicationName(u"orvanta-focus"_s);
     QGuiApplication::setApplicationDisplayName(u"Orvanta Focus"_s);
     QGuiApplication::setDesktopFileName(u"com.orvanta.Focus"_s);
 
     const QStringList arguments = QGuiApplication::arguments();
+    const LaunchOptions options = LaunchOptions::read(arguments);
     SingleInstance instance;
-    if (!LaunchOptions::read(arguments).isUiTest && instance.claim() == SingleInstance::Claim::anotherOneRuns)
-        return 0;
+    if (!options.isUiTest && instance.claim() == SingleInstance::Claim::anotherOneRuns)
+        return EXIT_SUCCESS;
+    QGuiApplication::setQuitOnLastWindowClosed(options.isBlockedPreview);
 
-    Platform platform = makePlatform();
     QQmlEngine engine;
-    BlockingViewFactory blockingViews(engine, *platform.motionPreference);
-    addOverlayPanels(platform, blockingViews);
+    engine.addImportPath(u"qrc:/qt/qml"_s);
+    const auto motionPreference = makeMotionPreference();
+    BlockingViewFactory blockingViews(engine, *motionPreference);
+    const Platform platform = makePlatform(blockingViews);
     NetworkUrlSession urlSession(additionalAuthorities());
-    MotionSettings motion(*platform.motionPreference);
 
     AppModel model({ .defaults = *platform.defaults,
                        .cloudStore = *platform.cloudStore,
@@ -63,6 +69,7 @@ int main(int argc, char** argv)
                        .service = *service },
         arguments, platform.notices);
 
+    MotionSettings motion(*motionPreference);
     MainWindow window(engine, model, motion);
     instance.onSecondStart([&window] { window.bringToFront(); });
     return window.show() ? QGuiApplication::exec() : EXIT_FAILURE;

@@ -15,9 +15,11 @@
 
 namespace orvanta {
 
-/// Everything that the program asks of the system. Made once, by main, which alone sees the whole: every class
-/// takes references to just the interfaces that it uses.
+/// What the program asks of the system. Made once, by main, which alone sees the whole: every class takes references to
+/// just the interfaces that it uses.
 struct Platform {
+    std::shared_ptr<void> shared; ///< what the implementations have in common; destroyed last
+
     std::unique_ptr<KeyValueStore> defaults;
     std::unique_ptr<CloudStore> cloudStore;
     std::unique_ptr<SecretStore> secrets;
@@ -25,21 +27,20 @@ struct Platform {
     std::unique_ptr<OverlayPanels> overlayPanels;
     std::unique_ptr<RunningApplications> runningApplications;
     std::unique_ptr<ActivationMonitor> activationMonitor;
-    std::unique_ptr<MotionPreference> motionPreference;
 
-    /// What the user should be told about how the system was found: a damaged settings file, a missing window system.
+    /// What the user should be told about how the system was found: a damaged settings file, say.
     QStringList notices;
 };
 
-/// What has to be settled before the application object exists, such as how windows are drawn: the software
-/// renderer where there is no graphics hardware. Call first thing in main.
-void preparePlatform();
+/// What has to be settled before the application object exists: the window system. An error, in a line for the user, if
+/// there is none that the program can work on. Call first thing in main.
+[[nodiscard]] Result<void> preparePlatform();
 
-/// The operations that need no window yet; the panels are added by addOverlayPanels, since what they show needs
-/// the rest. Call after the application object exists, on the main thread.
-[[nodiscard]] Platform makePlatform();
+/// Apart from the rest, since what the panels show needs it. Call after the application object exists.
+[[nodiscard]] std::unique_ptr<MotionPreference> makeMotionPreference();
 
-/// Gives `platform` its panels, which show what `contents` makes. `contents` outlives the platform.
-void addOverlayPanels(Platform& platform, OverlayContentFactory& contents);
+/// The rest, with panels that show what `contents` makes; `contents` outlives the platform. Chooses how windows are
+/// drawn as well, so call it before the first window, on the main thread.
+[[nodiscard]] Platform makePlatform(OverlayContentFactory& contents);
 
 } // namespace orvanta

@@ -11,6 +11,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+const QString tooLarge = u"The answer is too large"_s;
+
 /// `value` as a header can carry it. A line break would end the header, and what follows would be read as headers of
 /// its own; HTTP tells whoever meets one inside a value to take it as a space. A space at the end does not belong to
 /// the value any more, so a key stored with a trailing line break works.
@@ -36,11 +38,15 @@ QNetworkRequest networkRequest(const HttpRequest& request, const QSslConfigurati
     return result;
 }
 
-/// QNetworkReply also reports statuses from 400 on as errors; they are complete answers for all that.
-bool standsForAStatus(QNetworkReply::NetworkError error)
+/// Whether a reply with this status and this error is a complete answer. QNetworkReply reports statuses from 400 on as
+/// errors of their own, and a 307 or 308 as one when it would have to rewind the body for a repetition, which is ours.
+bool isComplete(int statusCode, QNetworkReply::NetworkError error)
 {
     switch (error) {
     case QNetworkReply::NoError:
+        return true;
+    case QNetworkReply::ContentReSendError:
+        return statusCode == 307 || statusCode == 308;
     case QNetworkReply::ProxyAuthenticationRequiredError:
     case QNetworkReply::ContentAccessDenied:
     case QNetworkReply::ContentOperationNotPermittedError:
@@ -54,10 +60,18 @@ bool standsForAStatus(QNetworkReply::NetworkError error)
     case QNetworkReply::OperationNotImplementedError:
     case QNetworkReply::ServiceUnavailableError:
     case QNetworkReply::UnknownServerError:
-        return true;
+        return statusCode >= 400; // below, the same errors speak of a body that could not be unpacked
     default:
         return false;
     }
+}
+
+QString description(QNetworkReply::NetworkError error, const QString& text)
+{
+    // The second is what a request with a body makes of the first, see SingleUseBody.
+    if (error == QNetworkReply::RemoteHostClosedError || error == QNetworkReply::ContentReSendError)
+        return u"The connection was lost"_s;
+    return text;
 }
 
 } // namespace
@@ -101,7 +115,7 @@ void HttpTransfer::sendRequest()
     connect(m_reply, &QNetworkReply::finished, this, &HttpTransfer::takeAnswer);
     connect(m_reply, &QNetworkReply::readyRead, this, [this] {
         if (m_reply->bytesAvailable() > largestBody)
-            fail(u"The answer is too large"_s);
+            fail(tooLarge);
     });
 }
 
@@ -113,17 +127,20 @@ void HttpTransfer::takeAnswer()
 
 void HttpTransfer::judge(std::optional<int> statusCode, QNetworkReply::NetworkError error)
 {
-    if (!statusCode && error == QNetworkReply::ProtocolFailure)
-        return finish(UrlResponse { .statusCode = std::nullopt, .body = {} });
-    if (!statusCode || !standsForAStatus(error))
-        return fail(m_reply->errorString());
+    if (!statusCode || !isComplete(*statusCode, error))
+        return fail(description(error, m_reply->errorString()));
 
     const QByteArray header = "Location";
     auto next = redirected(m_request, *statusCode, m_reply->hasRawHeader(header) ? std::optional(m_reply->rawHeader(header)) : std::nullopt);
     if (!next)
         return finish(std::unexpected(std::move(next).error()));
-    if (!*next)
-        return finish(UrlResponse { .statusCode = statusCode, .body = m_reply->readAll() });
+    if (!*next) {
+        // A packed body grows while it is read, so what has come does not tell its size.
+        QByteArray body = m_reply->read(largestBody + 1);
+        if (body.size() > largestBody)
+            return fail(tooLarge);
+        return finish(UrlResponse { .statusCode = statusCode, .body = std::move(body) });
+    }
     if (++m_redirects > mostRedirects)
         return fail(u"The service redirected too many times"_s);
     m_reply->disconnect(this);
@@ -139,8 +156,7 @@ void HttpTransfer::finish(UrlResult result)
     m_deadline.stop();
     if (m_reply) {
         m_reply->disconnect(this);
-        m_reply->abort();
-        m_reply->deleteLater();
+        m_reply->deleteLater(); // which ends whatever is still under way
     }
     Q_EMIT completed(result);
     deleteLater();

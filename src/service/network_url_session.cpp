@@ -4,6 +4,8 @@
 #include "service/origin.h"
 
 #include <QNetworkProxyFactory>
+#include <QSet>
+#include <QSslConfiguration>
 
 namespace orvanta {
 
@@ -37,9 +39,12 @@ QSslConfiguration makeTls(const QList<QSslCertificate>& extraAuthorities)
 {
     QSslConfiguration tls = QSslConfiguration::defaultConfiguration();
     tls.setPeerVerifyMode(QSslSocket::VerifyPeer);
-    // Naming any authority ends the look-up of the system's as they are needed: then all of them must be named.
-    if (!extraAuthorities.isEmpty())
-        tls.setCaCertificates(QSslConfiguration::systemCaCertificates() + extraAuthorities);
+    if (extraAuthorities.isEmpty())
+        return tls;
+    // Naming any authority ends the look-up of the system's as they are needed: then all of them must be named. They
+    // are listed once for each name that their file has.
+    const QList<QSslCertificate> all = QSslConfiguration::systemCaCertificates() + extraAuthorities;
+    tls.setCaCertificates(QSet<QSslCertificate>(all.begin(), all.end()).values());
     return tls;
 }
 

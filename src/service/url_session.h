@@ -20,8 +20,8 @@ namespace orvanta {
 struct HttpRequest {
     QUrl url;
     QByteArray method = "GET";
-    std::vector<std::pair<QByteArray, QByteArray>> headers;
-    std::optional<QByteArray> body;
+    std::vector<std::pair<QByteArray, QByteArray>> headers = {};
+    std::optional<QByteArray> body = {};
     std::chrono::milliseconds timeout = std::chrono::seconds { 60 }; ///< for the whole, until the last byte has come
 
     bool operator==(const HttpRequest&) const = default;
@@ -29,8 +29,8 @@ struct HttpRequest {
 
 /// A complete answer. `statusCode` is absent when what answered was not HTTP.
 struct UrlResponse {
-    std::optional<int> statusCode;
-    QByteArray body;
+    std::optional<int> statusCode = {};
+    QByteArray body = {};
 
     bool operator==(const UrlResponse&) const = default;
 };

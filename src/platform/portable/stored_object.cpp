@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <string>
+#include <tuple>
 #include <utility>
 
 namespace orvanta {
@@ -264,8 +265,11 @@ std::expected<StoredObject, StoredObjectError> parseStoredObject(const QByteArra
     if (bytes.isEmpty())
         return error(u"is empty"_s);
     Grammar grammar;
-    if (!json::sax_parse(bytes.begin(), bytes.end(), &grammar))
+    if (!json::sax_parse(bytes.begin(), bytes.end(), &grammar)) {
+        if (std::cmp_greater(grammar.errorPlace, bytes.size()))
+            return error(u"is JSON that breaks off after %1 bytes"_s.arg(bytes.size()));
         return error(u"is not JSON (at byte %1 of %2)"_s.arg(grammar.errorPlace).arg(bytes.size()));
+    }
     StoredObject object;
     object.m_text = bytes;
     if (!object.index())
@@ -351,18 +355,20 @@ std::optional<StoredValue> StoredObject::value(const QString& key) const
 
 bool StoredObject::set(const QString& key, const StoredValue& value)
 {
-    QByteArray json;
+    QByteArray spelling;
     if (const auto* texts = std::get_if<QStringList>(&value))
-        json = written(*texts);
+        spelling = written(*texts);
     else if (const auto* data = std::get_if<QByteArray>(&value))
-        json = written(*data);
+        spelling = written(*data);
     else
         return false;
 
     if (const Member* member = find(key)) {
-        m_text.replace(member->valueBegin, member->valueEnd - member->valueBegin, json);
+        if (valueText(*member) == spelling || readValue(valueText(*member)) == value)
+            return true;
+        m_text.replace(member->valueBegin, member->valueEnd - member->valueBegin, spelling);
     } else {
-        const QByteArray entry = "\n    "_ba + quotedKey(key) + ": "_ba + json;
+        const QByteArray entry = "\n    "_ba + quotedKey(key) + ": "_ba + spelling;
         if (!m_members.empty()) {
             m_text.insert(m_members.back().valueEnd, ","_ba + entry);
         } else {

@@ -34,7 +34,8 @@ public:
 
     [[nodiscard]] std::optional<StoredValue> value(const QString& key) const;
 
-    /// Puts `value` under `key`: in place where the key is there, at the end otherwise. Anything in a text that is not
+    /// Puts `value` under `key`: in place where the key is there, at the end otherwise; a key that holds `value` already
+    /// keeps its layout. Anything in a text that is not
     /// Unicode (half a surrogate pair) becomes U+FFFD. A ForeignValue is refused and changes nothing.
     [[nodiscard]] bool set(const QString& key, const StoredValue& value);
 

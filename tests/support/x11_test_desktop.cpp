@@ -1,0 +1,192 @@
+#include "support/x11_test_desktop.h"
+
+#include <QTest>
+
+#include <algorithm>
+#include <array>
+#include <stdexcept>
+#include <unistd.h>
+#include <xcb/res.h>
+
+namespace orvanta::testing {
+
+namespace {
+
+std::unique_ptr<X11Connection> opened()
+{
+    auto connection = X11Connection::open();
+    if (!connection)
+        throw std::runtime_error(connection.error().description.toStdString());
+    return std::move(*connection);
+}
+
+} // namespace
+
+X11TestClient::X11TestClient() : m_connection(opened()), m_windows(*m_connection, X11Windows::Memory::none) { }
+
+xcb_window_t X11TestClient::create(const Look& look)
+{
+    xcb_connection_t* raw = m_connection->raw();
+    const xcb_window_t window = xcb_generate_id(raw);
+    const std::uint32_t overrideRedirect = look.isOverrideRedirect ? 1 : 0;
+    xcb_create_window(raw, XCB_COPY_FROM_PARENT, window, m_connection->root(), static_cast<std::int16_t>(look.geometry.x()),
+        static_cast<std::int16_t>(look.geometry.y()), static_cast<std::uint16_t>(look.geometry.width()), static_cast<std::uint16_t>(look.geometry.height()), 0,
+        XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, XCB_CW_OVERRIDE_REDIRECT, &overrideRedirect);
+    if (!look.instanceName.isEmpty() || !look.className.isEmpty())
+        setText(window, "WM_CLASS", look.instanceName + '\0' + look.className + '\0');
+    if (look.transientFor != XCB_NONE)
+        setProperty(window, "WM_TRANSIENT_FOR", XCB_ATOM_WINDOW, std::array { look.transientFor });
+    // The user's own position and size (bits 0 and 1), so that no window manager places the window elsewhere.
+    const std::array<std::uint32_t, 18> hints { 3, static_cast<std::uint32_t>(look.geometry.x()), static_cast<std::uint32_t>(look.geometry.y()) };
+    setProperty(window, "WM_NORMAL_HINTS", XCB_ATOM_WM_SIZE_HINTS, hints);
+    m_connection->roundTrip();
+    return window;
+}
+
+void X11TestClient::map(xcb_window_t window)
+{
+    xcb_map_window(m_connection->raw(), window);
+    m_connection->roundTrip();
+}
+
+void X11TestClient::unmap(xcb_window_t window)
+{
+    xcb_unmap_window(m_connection->raw(), window);
+    m_connection->roundTrip();
+}
+
+void X11TestClient::destroy(xcb_window_t window)
+{
+    xcb_destroy_window(m_connection->raw(), window);
+    m_connection->roundTrip();
+}
+
+xcb_window_t X11TestClient::show(const Look& look)
+{
+    const xcb_window_t window = create(look);
+    map(window);
+    const bool isThere = look.isOverrideRedirect ? QTest::qWaitFor([this, window] { return isViewable(window); }, patience) : waitForActive(window);
+    return isThere ? window : XCB_NONE;
+}
+
+xcb_atom_t X11TestClient::atom(const QByteArray& name)
+{
+    const XcbPtr<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(
+        m_connection->raw(), xcb_intern_atom(m_connection->raw(), 0, static_cast<std::uint16_t>(name.size()), name.constData()), nullptr));
+    return reply ? reply->atom : XCB_ATOM_NONE;
+}
+
+void X11TestClient::setProperty(xcb_window_t window, const QByteArray& property, xcb_atom_t type, std::span<const std::uint32_t> values)
+{
+    xcb_change_property(
+        m_connection->raw(), XCB_PROP_MODE_REPLACE, window, atom(property), type, 32, static_cast<std::uint32_t>(values.size()), values.data());
+    m_connection->roundTrip();
+}
+
+void X11TestClient::setText(xcb_window_t window, const QByteArray& property, const QByteArray& value)
+{
+    xcb_change_property(m_connection->raw(), XCB_PROP_MODE_REPLACE, window, atom(property), XCB_ATOM_STRING, 8, static_cast<std::uint32_t>(value.size()),
+        value.constData());
+    m_connection->roundTrip();
+}
+
+void X11TestClient::sendToRoot(const xcb_client_message_event_t& message)
+{
+    xcb_send_event(m_connection->raw(), 0, m_connection->root(), XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
+        reinterpret_cast<const char*>(&message));
+    m_connection->roundTrip();
+}
+
+void X11TestClient::activate(xcb_window_t window)
+{
+    xcb_client_message_event_t message {};
+    message.response_type = XCB_CLIENT_MESSAGE;
+    message.format = 32;
+    message.window = window;
+    message.type = m_connection->atoms().netActiveWindow;
+    message.data.data32[0] = 2; // a taskbar speaks for the user
+    sendToRoot(message);
+}
+
+void X11TestClient::setInputFocus(xcb_window_t window)
+{
+    xcb_set_input_focus(m_connection->raw(), XCB_INPUT_FOCUS_POINTER_ROOT, window, XCB_CURRENT_TIME);
+    m_connection->roundTrip();
+}
+
+bool X11TestClient::isViewable(xcb_window_t window)
+{
+    const XcbPtr<xcb_get_window_attributes_reply_t> attributes(
+        xcb_get_window_attributes_reply(m_connection->raw(), xcb_get_window_attributes(m_connection->raw(), window), nullptr));
+    return attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE;
+}
+
+bool X11TestClient::waitForActive(xcb_window_t window)
+{
+    return QTest::qWaitFor([this, window] { return m_windows.activeWindow() == window; }, patience);
+}
+
+bool X11TestClient::waitForNoActive() { return waitForActive(XCB_NONE); }
+
+std::vector<xcb_window_t> X11TestClient::windowsOf(qint64 process)
+{
+    std::vector<xcb_window_t> result;
+    for (const X11Window& window : m_windows.describe(m_windows.desktop().clients)) {
+        if (window.process == process)
+            result.push_back(window.id);
+    }
+    return result;
+}
+
+std::vector<std::uint32_t> X11TestClient::clientsOfThisProcess()
+{
+    const xcb_res_client_id_spec_t everyone { .client = XCB_NONE, .mask = XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID };
+    const XcbPtr<xcb_res_query_client_ids_reply_t> reply(
+        xcb_res_query_client_ids_reply(m_connection->raw(), xcb_res_query_client_ids(m_connection->raw(), 1, &everyone), nullptr));
+    std::vector<std::uint32_t> result;
+    if (!reply)
+        return result;
+    for (auto id = xcb_res_query_client_ids_ids_iterator(reply.get()); id.rem > 0; xcb_res_client_id_value_next(&id)) {
+        if (xcb_res_client_id_value_value_length(id.data) > 0 && *xcb_res_client_id_value_value(id.data) == static_cast<std::uint32_t>(::getpid()))
+            result.push_back(id.data->spec.client);
+    }
+    return result;
+}
+
+void X11TestClient::killClientsOfThisProcess(const std::vector<std::uint32_t>& spared)
+{
+    for (const std::uint32_t client : clientsOfThisProcess()) {
+        if (std::ranges::find(spared, client) == spared.end())
+            xcb_kill_client(m_connection->raw(), client);
+    }
+    m_connection->roundTrip();
+}
+
+StartedApplication::StartedApplication(X11TestClient& client, const QString& program, const QStringList& arguments) : m_client(client)
+{
+    m_process.setProcessChannelMode(QProcess::MergedChannels);
+    m_process.setStandardOutputFile(QProcess::nullDevice());
+    m_process.start(program, arguments);
+}
+
+StartedApplication::~StartedApplication()
+{
+    m_process.kill();
+    m_process.waitForFinished();
+}
+
+bool StartedApplication::waitForWindows(std::size_t count)
+{
+    return QTest::qWaitFor([this, count] { return windows().size() >= count; }, patience);
+}
+
+std::vector<xcb_window_t> StartedApplication::windows() { return m_client.windowsOf(m_process.processId()); }
+
+bool StartedApplication::isViewable()
+{
+    return std::ranges::any_of(windows(), [this](xcb_window_t window) { return m_client.isViewable(window); });
+}
+
+bool run(const QString& program, const QStringList& arguments) { return QProcess::execute(program, arguments) == 0; }
+
+} // namespace orvanta::testing

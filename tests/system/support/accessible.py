@@ -1,0 +1,65 @@
+"""The accessibility tree of a program, as a screen reader sees it."""
+import gi
+
+gi.require_version("Atspi", "2.0")
+from gi.repository import Atspi  # noqa: E402
+
+from .waiting import until  # noqa: E402
+
+
+def _children(node):
+    for index in range(node.get_child_count()):
+        child = node.get_child_at_index(index)
+        if child is not None:
+            yield child
+
+
+def application(pid):
+    """The tree's root of the process, or None while it is not on the bus."""
+    for child in _children(Atspi.get_desktop(0)):
+        try:
+            if child.get_process_id() == pid:
+                return child
+        except Exception:  # a program that has just gone
+            continue
+    return None
+
+
+def walk(node):
+    """Every node below, the node itself first; what vanishes meanwhile is passed over."""
+    yield node
+    try:
+        children = list(_children(node))
+    except Exception:
+        return
+    for child in children:
+        yield from walk(child)
+
+
+def is_showing(node):
+    return node.get_state_set().contains(Atspi.StateType.SHOWING)
+
+
+def find(pid, role=None, name=None):
+    """The showing nodes of a program with that role name and that name."""
+    root = application(pid)
+    if root is None:
+        return []
+    found = []
+    for node in walk(root):
+        try:
+            if (role is None or node.get_role_name() == role) and (name is None or node.get_name() == name) and is_showing(node):
+                found.append(node)
+        except Exception:
+            continue
+    return found
+
+
+def wait_for(pid, role=None, name=None):
+    return until(lambda: next(iter(find(pid, role, name)), None), f"the {role or 'element'} \"{name}\" is in the accessibility tree")
+
+
+def press(node):
+    """Does the first action of the node, which for a button is to press it."""
+    assert node.get_n_actions() > 0, f"{node.get_name()} has no action"
+    assert node.do_action(0)

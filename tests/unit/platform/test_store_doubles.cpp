@@ -1,0 +1,79 @@
+#include "support/contracts/cloud_store_contract.h"
+#include "support/contracts/key_value_store_contract.h"
+#include "support/contracts/motion_preference_contract.h"
+#include "support/contracts/secret_store_contract.h"
+#include "support/fake_cloud_store.h"
+#include "support/fake_key_value_store.h"
+#include "support/fake_motion_preference.h"
+#include "support/fake_secret_store.h"
+
+#include <QTest>
+
+using namespace orvanta;
+
+class TestFakeKeyValueStore : public KeyValueStoreContract {
+    Q_OBJECT
+
+    std::unique_ptr<KeyValueStore> makeStore() override { return std::make_unique<FakeKeyValueStore>(); }
+    std::unique_ptr<KeyValueStore> reopened(std::unique_ptr<KeyValueStore> store) override { return store; }
+    void leaveForeignValue(KeyValueStore& store, const QString& key) override { static_cast<FakeKeyValueStore&>(store).values[key] = ForeignValue(); }
+
+private Q_SLOTS:
+    void aWriteThatIsToFailFailsAndChangesNothing()
+    {
+        FakeKeyValueStore store;
+        const QString key = QStringLiteral("key");
+        QVERIFY(store.setValue(key, QByteArray("old")));
+        store.writeFailure = PlatformError { QStringLiteral("The disk is full.") };
+        QCOMPARE(store.setValue(key, QByteArray("new")), Result<void>(std::unexpected(*store.writeFailure)));
+        QCOMPARE(store.remove(key), Result<void>(std::unexpected(*store.writeFailure)));
+        QCOMPARE(store.value(key), std::optional<StoredValue>(QByteArray("old")));
+        QCOMPARE(store.calls.size(), std::size_t(4));
+        QCOMPARE(store.calls.at(1), (StoreCall { StoreCall::Operation::setValue, key, QByteArray("new") }));
+    }
+};
+
+class TestFakeCloudStore : public CloudStoreContract {
+    Q_OBJECT
+
+    std::unique_ptr<CloudStore> makeCloudStore() override { return std::make_unique<FakeCloudStore>(); }
+    std::unique_ptr<KeyValueStore> reopened(std::unique_ptr<KeyValueStore> store) override { return store; }
+    void leaveForeignValue(KeyValueStore& store, const QString& key) override { static_cast<FakeCloudStore&>(store).local.values[key] = ForeignValue(); }
+    void changeElsewhere(CloudStore& store, const QString& key, const StoredValue& value) override
+    {
+        static_cast<FakeCloudStore&>(store).sendFromElsewhere(key, value);
+    }
+    void arrive(CloudStore& store) override { static_cast<FakeCloudStore&>(store).deliver(); }
+};
+
+class TestFakeSecretStore : public SecretStoreContract {
+    Q_OBJECT
+
+    std::unique_ptr<SecretStore> makeStore() override { return std::make_unique<FakeSecretStore>(); }
+    void put(SecretStore& store, const QString& service, const QString& account, const QByteArray& secret) override
+    {
+        static_cast<FakeSecretStore&>(store).items[{ service, account }] = secret;
+    }
+};
+
+class TestFakeMotionPreference : public MotionPreferenceContract {
+    Q_OBJECT
+
+    std::unique_ptr<MotionPreference> makePreference() override { return std::make_unique<FakeMotionPreference>(); }
+    void turn(MotionPreference& preference, bool reduceMotion) override { static_cast<FakeMotionPreference&>(preference).setReduceMotion(reduceMotion); }
+};
+
+int main(int argc, char** argv)
+{
+    QCoreApplication application(argc, argv);
+    TestFakeKeyValueStore keyValueStore;
+    TestFakeCloudStore cloudStore;
+    TestFakeSecretStore secretStore;
+    TestFakeMotionPreference motionPreference;
+    int failures = 0;
+    for (QObject* test : { static_cast<QObject*>(&keyValueStore), static_cast<QObject*>(&cloudStore), static_cast<QObject*>(&secretStore), static_cast<QObject*>(&motionPreference) })
+        failures += QTest::qExec(test, argc, argv);
+    return failures == 0 ? 0 : 1;
+}
+
+#include "test_store_doubles.moc"
