@@ -169,11 +169,13 @@ void AppModel::startPolling()
         setPermissionSummary(tr("Orvanta API key required"));
         return;
     }
-    m_pollingTask = std::make_unique<PollingTask>(FocusAPIClient(m_dependencies.urlSession, m_dependencies.service.origin, *key),
+    m_pollingTask = std::make_unique<PollingTask>(
+        FocusAPIClient(m_dependencies.urlSession, m_dependencies.service.origin, *key),
         [self = QPointer(this)](const PollingTask::Answer& answer) {
             if (self)
                 self->takePollAnswer(answer);
-        });
+        },
+        m_dependencies.pollPause);
     m_pollingTask->start();
 }
 
@@ -203,8 +205,8 @@ ApplicationBlocker& AppModel::applicationBlocker()
 {
     if (!m_applicationBlocker) {
         auto identifiers = [self = QPointer(this)] { return self ? blockedBundleIdentifiers(self->m_blockedApplications) : QSet<QString>(); };
-        m_applicationBlocker
-            = std::make_unique<ApplicationBlocker>(std::move(identifiers), m_blockingCoordinator, m_dependencies.activationMonitor, m_dependencies.screens);
+        m_applicationBlocker = std::make_unique<ApplicationBlocker>(
+            std::move(identifiers), m_blockingCoordinator, m_dependencies.activationMonitor, m_dependencies.screens);
     }
     return *m_applicationBlocker;
 }

@@ -17,6 +17,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <chrono>
 #include <memory>
 #include <vector>
 
@@ -33,6 +34,7 @@ struct AppModelDependencies {
     ActivationMonitor& activationMonitor;
     UrlSession& urlSession;
     ServiceConfiguration service;
+    std::chrono::milliseconds pollPause = PollingTask::defaultPause;
 };
 
 /// The one long-lived state of the application: whether focus is active and why, the two blocked lists, the status line.

@@ -22,8 +22,8 @@ MainWindow::~MainWindow() = default;
 
 bool MainWindow::show()
 {
-    QObject* made = m_component.createWithInitialProperties(
-        { { u"model"_s, QVariant::fromValue(static_cast<QObject*>(&m_model)) }, { u"motion"_s, QVariant::fromValue(static_cast<QObject*>(&m_motion)) } });
+    QObject* made = m_component.createWithInitialProperties({ { u"model"_s, QVariant::fromValue(static_cast<QObject*>(&m_model)) },
+        { u"motion"_s, QVariant::fromValue(static_cast<QObject*>(&m_motion)) } });
     m_window.reset(qobject_cast<QQuickWindow*>(made));
     if (!m_window) {
         qCritical("The window cannot be made: %s", qUtf8Printable(m_component.errorString()));

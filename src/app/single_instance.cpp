@@ -11,25 +11,24 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-    constexpr int knockTimeout = 2000; // milliseconds; the other copy answers from its event loop
+constexpr int knockTimeout = 2000; // milliseconds; the other copy answers from its event loop
 
-    QString inRuntimeFolder(const QString& name)
-    {
-        return QDir(QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation)).filePath(name);
-    }
+QString inRuntimeFolder(const QString& name)
+{
+    return QDir(QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation)).filePath(name);
+}
 
-    void knock(const QString& socketPath)
-    {
-        QLocalSocket socket;
-        socket.connectToServer(socketPath);
-        if (!socket.waitForConnected(knockTimeout))
-            qWarning("Another copy of Orvanta Focus runs, but it does not answer");
-    }
+void knock(const QString& socketPath)
+{
+    QLocalSocket socket;
+    socket.connectToServer(socketPath);
+    if (!socket.waitForConnected(knockTimeout))
+        qWarning("Another copy of Orvanta Focus runs, but it does not answer");
+}
 
 } // namespace
 
-SingleInstance::SingleInstance()
-    : m_lock(inRuntimeFolder(u"orvanta-focus.lock"_s))
+SingleInstance::SingleInstance() : m_lock(inRuntimeFolder(u"orvanta-focus.lock"_s))
 {
     m_lock.setStaleLockTime(0); // only the death of its process frees the lock, never its age
     m_server.setSocketOptions(QLocalServer::UserAccessOption);

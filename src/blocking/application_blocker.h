@@ -25,7 +25,8 @@ public:
     using BlockedBundleIdentifiers = std::function<QSet<QString>()>;
 
     /// `blockedBundleIdentifiers` is asked afresh at every activation.
-    ApplicationBlocker(BlockedBundleIdentifiers blockedBundleIdentifiers, OverlayPresenting& overlay, ActivationMonitor& activationMonitor, Screens& screens);
+    ApplicationBlocker(
+        BlockedBundleIdentifiers blockedBundleIdentifiers, OverlayPresenting& overlay, ActivationMonitor& activationMonitor, Screens& screens);
     ~ApplicationBlocker() override;
 
     /// Begins to watch, for the rest of its life. A second call does nothing.

@@ -16,10 +16,7 @@ const QString tooLarge = u"The answer is too large"_s;
 /// `value` as a header can carry it. A line break would end the header, and what follows would be read as headers of
 /// its own; HTTP tells whoever meets one inside a value to take it as a space. A space at the end does not belong to
 /// the value any more, so a key stored with a trailing line break works.
-QByteArray wireValue(QByteArray value)
-{
-    return value.replace('\r', ' ').replace('\n', ' ').replace('\0', ' ');
-}
+QByteArray wireValue(QByteArray value) { return value.replace('\r', ' ').replace('\n', ' ').replace('\0', ' '); }
 
 QNetworkRequest networkRequest(const HttpRequest& request, const QSslConfiguration& tls)
 {
@@ -95,10 +92,7 @@ void HttpTransfer::start(std::shared_ptr<QNetworkAccessManager> manager, const Q
     sendRequest();
 }
 
-void HttpTransfer::fail(const QString& description)
-{
-    finish(std::unexpected(TransportError { description }));
-}
+void HttpTransfer::fail(const QString& description) { finish(std::unexpected(TransportError { description })); }
 
 void HttpTransfer::sendRequest()
 {

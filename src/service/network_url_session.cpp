@@ -4,6 +4,7 @@
 #include "service/origin.h"
 
 #include <QNetworkProxyFactory>
+#include <QPointer>
 #include <QSet>
 #include <QSslConfiguration>
 
@@ -27,12 +28,16 @@ public:
     }
 };
 
-std::shared_ptr<QNetworkAccessManager> makeManager()
+/// A manager that goes once nothing holds it any more, and with `owner` at the latest.
+std::shared_ptr<QNetworkAccessManager> makeManager(QObject* owner)
 {
-    // The last transfer lets its manager go from within a signal of one of the manager's replies.
-    std::shared_ptr<QNetworkAccessManager> manager(new QNetworkAccessManager, [](QNetworkAccessManager* last) { last->deleteLater(); });
+    auto* manager = new QNetworkAccessManager(owner);
     manager->setProxyFactory(new ProxiesExceptOnLoopback);
-    return manager;
+    // Not at once: the last transfer lets go from within a signal of one of the manager's replies.
+    return { manager, [guard = QPointer(manager)](QNetworkAccessManager*) {
+                if (guard)
+                    guard->deleteLater();
+            } };
 }
 
 QSslConfiguration makeTls(const QList<QSslCertificate>& extraAuthorities)
@@ -53,15 +58,20 @@ QSslConfiguration makeTls(const QList<QSslCertificate>& extraAuthorities)
 /// The part of the session that lives in its thread: starts the transfers and owns them.
 class NetworkUrlSession::Worker : public QObject {
 public:
-    Worker(QList<QSslCertificate> extraAuthorities, WallClock now) : m_extraAuthorities(std::move(extraAuthorities)), m_now(std::move(now)) { }
+    Worker(QList<QSslCertificate> extraAuthorities, WallClock now)
+        : m_extraAuthorities(std::move(extraAuthorities))
+        , m_now(std::move(now))
+    {
+    }
 
     void start(HttpTransfer* transfer)
     {
         transfer->setParent(this);
         forgetSilentConnections();
-        connect(transfer, &HttpTransfer::completed, this, [this] { m_lastUse = m_now(); });
         transfer->start(m_manager, m_tls);
     }
+
+    void noteUse() { m_lastUse = m_now(); }
 
     void shutDown()
     {
@@ -81,7 +91,7 @@ private:
             return;
         if (!m_manager)
             m_tls = makeTls(m_extraAuthorities);
-        m_manager = makeManager();
+        m_manager = makeManager(this);
     }
 
     QList<QSslCertificate> m_extraAuthorities;
@@ -108,8 +118,9 @@ NetworkUrlSession::~NetworkUrlSession()
 
 void NetworkUrlSession::send(HttpRequest request, QObject* context, Callback<UrlResult> completed)
 {
-    // A connection to the context is what makes its death safe in another thread: Qt drops the answer under its own lock.
     auto* transfer = new HttpTransfer(std::move(request));
+    QObject::connect(transfer, &HttpTransfer::completed, m_worker, [worker = m_worker] { worker->noteUse(); });
+    // A connection to the context is what makes its death safe in another thread: Qt drops the answer under its own lock.
     QObject::connect(
         transfer, &HttpTransfer::completed, context,
         [completed = std::move(completed)](const UrlResult& result) mutable {

@@ -11,10 +11,7 @@ SingleUseBody::SingleUseBody(QByteArray bytes, QObject* parent)
     open(QIODevice::ReadOnly | QIODevice::Unbuffered);
 }
 
-bool SingleUseBody::seek(qint64 position)
-{
-    return position >= pos() && QIODevice::seek(position);
-}
+bool SingleUseBody::seek(qint64 position) { return position >= pos() && QIODevice::seek(position); }
 
 qint64 SingleUseBody::readData(char* data, qint64 maxSize)
 {

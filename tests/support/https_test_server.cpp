@@ -66,10 +66,7 @@ QUrl HttpsTestServer::url(const QString& path) const
     return QUrl(u"%1://127.0.0.1:%2%3"_s.arg(m_identity ? u"https"_s : u"http"_s).arg(serverPort()).arg(path));
 }
 
-int HttpsTestServer::openConnections() const
-{
-    return static_cast<int>(findChildren<QTcpSocket*>().size());
-}
+int HttpsTestServer::openConnections() const { return static_cast<int>(findChildren<QTcpSocket*>().size()); }
 
 void HttpsTestServer::push(const QByteArray& bytes)
 {

@@ -73,7 +73,7 @@ xcb_atom_t X11TestClient::atom(const QByteArray& name)
 {
     const XcbPtr<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(
         m_connection->raw(), xcb_intern_atom(m_connection->raw(), 0, static_cast<std::uint16_t>(name.size()), name.constData()), nullptr));
-    return reply ? reply->atom : XCB_ATOM_NONE;
+    return reply ? reply->atom : xcb_atom_t { XCB_ATOM_NONE };
 }
 
 void X11TestClient::setProperty(xcb_window_t window, const QByteArray& property, xcb_atom_t type, std::span<const std::uint32_t> values)

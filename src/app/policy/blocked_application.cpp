@@ -10,22 +10,22 @@ using Json = nlohmann::ordered_json;
 
 namespace {
 
-    std::optional<std::string> utf8(const QString& text)
-    {
-        QStringEncoder encode(QStringEncoder::Utf8, QStringEncoder::Flag::Stateless);
-        const QByteArray bytes = encode(text);
-        if (encode.hasError())
-            return std::nullopt;
-        return bytes.toStdString();
-    }
+std::optional<std::string> utf8(const QString& text)
+{
+    QStringEncoder encode(QStringEncoder::Utf8, QStringEncoder::Flag::Stateless);
+    const QByteArray bytes = encode(text);
+    if (encode.hasError())
+        return std::nullopt;
+    return bytes.toStdString();
+}
 
-    std::optional<QString> text(const Json& object, const char* key)
-    {
-        const auto found = object.find(key);
-        if (found == object.end() || !found->is_string())
-            return std::nullopt;
-        return QString::fromStdString(found->get_ref<const std::string&>());
-    }
+std::optional<QString> text(const Json& object, const char* key)
+{
+    const auto found = object.find(key);
+    if (found == object.end() || !found->is_string())
+        return std::nullopt;
+    return QString::fromStdString(found->get_ref<const std::string&>());
+}
 
 } // namespace
 

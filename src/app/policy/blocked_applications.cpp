@@ -10,15 +10,15 @@ namespace orvanta {
 
 namespace {
 
-    /// The user's own collation. Without a language (LANG=C) there is none, and a comparison by bytes would tear upper
-    /// and lower case apart: the order common to most languages takes its place.
-    QCollator nameCollator()
-    {
-        const QLocale user = QLocale::system().collation();
-        QCollator collator(user.language() == QLocale::C ? QLocale(QLocale::English) : user);
-        collator.setCaseSensitivity(Qt::CaseInsensitive);
-        return collator;
-    }
+/// The user's own collation. Without a language (LANG=C) there is none, and a comparison by bytes would tear upper
+/// and lower case apart: the order common to most languages takes its place.
+QCollator nameCollator()
+{
+    const QLocale user = QLocale::system().collation();
+    QCollator collator(user.language() == QLocale::C ? QLocale(QLocale::English) : user);
+    collator.setCaseSensitivity(Qt::CaseInsensitive);
+    return collator;
+}
 
 } // namespace
 

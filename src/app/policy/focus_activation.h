@@ -8,14 +8,20 @@ namespace orvanta {
 namespace FocusActivation {
 
 /// True when the service reports work in progress or the system's Focus is on.
-[[nodiscard]] constexpr bool isActive(bool orvantaWorkActive, bool systemFocusActive) { return orvantaWorkActive || systemFocusActive; }
+[[nodiscard]] constexpr bool isActive(bool orvantaWorkActive, bool systemFocusActive)
+{
+    return orvantaWorkActive || systemFocusActive;
+}
 
 } // namespace FocusActivation
 
 /// Whether a change of focus counts: only a transition between two different values is passed on.
 namespace FocusStateTransition {
 
-[[nodiscard]] constexpr bool counts(bool oldValue, bool newValue) { return oldValue != newValue; }
+[[nodiscard]] constexpr bool counts(bool oldValue, bool newValue)
+{
+    return oldValue != newValue;
+}
 
 } // namespace FocusStateTransition
 

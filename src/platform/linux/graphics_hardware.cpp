@@ -11,23 +11,23 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-    bool hasRenderDevice()
-    {
-        return !QDir(u"/dev/dri"_s).entryList({ u"renderD*"_s }, QDir::System | QDir::Files).isEmpty();
-    }
+bool hasRenderDevice()
+{
+    return !QDir(u"/dev/dri"_s).entryList({ u"renderD*"_s }, QDir::System | QDir::Files).isEmpty();
+}
 
-    QByteArray rendererName()
-    {
-        QOffscreenSurface surface;
-        surface.create();
-        QOpenGLContext context;
-        if (!context.create() || !context.makeCurrent(&surface))
-            return {};
-        const GLubyte* name = context.functions()->glGetString(GL_RENDERER);
-        const QByteArray copy(reinterpret_cast<const char*>(name));
-        context.doneCurrent();
-        return copy;
-    }
+QByteArray rendererName()
+{
+    QOffscreenSurface surface;
+    surface.create();
+    QOpenGLContext context;
+    if (!context.create() || !context.makeCurrent(&surface))
+        return {};
+    const GLubyte* name = context.functions()->glGetString(GL_RENDERER);
+    const QByteArray copy(reinterpret_cast<const char*>(name));
+    context.doneCurrent();
+    return copy;
+}
 
 } // namespace
 

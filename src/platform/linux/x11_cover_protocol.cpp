@@ -10,13 +10,13 @@ namespace orvanta {
 
 namespace {
 
-    // Values of the Extended Window Manager Hints.
-    constexpr std::uint32_t everyDesktop = 0xFFFFFFFF; // _NET_WM_DESKTOP
-    constexpr std::uint32_t addState = 1;              // _NET_WM_STATE
-    constexpr std::uint32_t fromPager = 2;             // source indication: a tool that the user works the desktop with
+// Values of the Extended Window Manager Hints.
+constexpr std::uint32_t everyDesktop = 0xFFFFFFFF; // _NET_WM_DESKTOP
+constexpr std::uint32_t addState = 1;              // _NET_WM_STATE
+constexpr std::uint32_t fromPager = 2;             // source indication: a tool that the user works the desktop with
 
-    constexpr std::array<const char*, 7> names { "_NET_WM_DESKTOP", "_NET_WM_STATE", "_NET_WM_STATE_SKIP_TASKBAR", "_NET_WM_STATE_SKIP_PAGER",
-        "_NET_WM_STATE_ABOVE", "_NET_WM_STATE_FULLSCREEN", "_NET_ACTIVE_WINDOW" };
+constexpr std::array<const char*, 7> names { "_NET_WM_DESKTOP", "_NET_WM_STATE", "_NET_WM_STATE_SKIP_TASKBAR", "_NET_WM_STATE_SKIP_PAGER",
+    "_NET_WM_STATE_ABOVE", "_NET_WM_STATE_FULLSCREEN", "_NET_ACTIVE_WINDOW" };
 
 } // namespace
 
@@ -27,7 +27,8 @@ X11CoverProtocol::X11CoverProtocol(xcb_connection_t* connection)
     std::array<xcb_intern_atom_cookie_t, names.size()> cookies {};
     for (std::size_t index = 0; index < names.size(); ++index)
         cookies[index] = xcb_intern_atom(connection, /*only_if_exists=*/0, static_cast<std::uint16_t>(std::strlen(names[index])), names[index]);
-    const std::array<xcb_atom_t*, names.size()> atoms { &m_desktop, &m_state, &m_skipTaskbar, &m_skipPager, &m_above, &m_fullScreen, &m_activeWindow };
+    const std::array<xcb_atom_t*, names.size()> atoms { &m_desktop, &m_state, &m_skipTaskbar, &m_skipPager, &m_above, &m_fullScreen,
+        &m_activeWindow };
     for (std::size_t index = 0; index < names.size(); ++index) {
         const XcbPtr<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(connection, cookies[index], nullptr));
         *atoms[index] = reply ? reply->atom : static_cast<xcb_atom_t>(XCB_ATOM_NONE);

@@ -30,7 +30,8 @@ public:
     [[nodiscard]] CoverFacts inspect(xcb_window_t cover) const;
 
 private:
-    void tellWindowManager(xcb_window_t cover, xcb_atom_t type, std::uint32_t first, std::uint32_t second, std::uint32_t third, std::uint32_t fourth) const;
+    void tellWindowManager(
+        xcb_window_t cover, xcb_atom_t type, std::uint32_t first, std::uint32_t second, std::uint32_t third, std::uint32_t fourth) const;
 
     xcb_connection_t* m_connection;
     xcb_window_t m_root;

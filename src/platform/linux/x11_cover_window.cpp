@@ -18,12 +18,12 @@ using namespace std::chrono_literals;
 
 namespace {
 
-    /// How long after the presentation, or after the check before, the X server is asked whether the display is covered.
-    /// Window managers settle within the first two.
-    constexpr std::array pauses { 60ms, 90ms, 250ms, 600ms, 1000ms };
+/// How long after the presentation, or after the check before, the X server is asked whether the display is covered.
+/// Window managers settle within the first two.
+constexpr std::array pauses { 60ms, 90ms, 250ms, 600ms, 1000ms };
 
-    /// After so many checks in a row that found a defect, the window manager is left out.
-    constexpr int defectsUntilLeaving = 2;
+/// After so many checks in a row that found a defect, the window manager is left out.
+constexpr int defectsUntilLeaving = 2;
 
 } // namespace
 
@@ -116,7 +116,7 @@ void X11CoverWindow::dropContent()
     if (!m_content)
         return;
     m_content->item().setVisible(false);
-    QMetaObject::invokeMethod(this, [dropped = std::shared_ptr(std::move(m_content))] {}, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(this, [dropped = std::shared_ptr(std::move(m_content))] { }, Qt::QueuedConnection);
 }
 
 bool X11CoverWindow::event(QEvent* event)
@@ -181,7 +181,8 @@ void X11CoverWindow::check()
     ++m_checks;
     if (m_checks == pauses.size()) {
         if (found)
-            qWarning("The display %s is not covered: %s", m_display ? qUtf8Printable(m_display->name()) : "", qUtf8Printable(coverDefectText(*found)));
+            qWarning(
+                "The display %s is not covered: %s", m_display ? qUtf8Printable(m_display->name()) : "", qUtf8Printable(coverDefectText(*found)));
         return;
     }
     if (found) {

@@ -15,21 +15,21 @@ using namespace std::chrono_literals;
 
 namespace {
 
-    /// After the program's start: late enough not to delay its own window, early enough for any user.
-    constexpr auto untilSpareWindow = 150ms;
+/// After the program's start: late enough not to delay its own window, early enough for any user.
+constexpr auto untilSpareWindow = 150ms;
 
-    class X11OverlayPanel : public OverlayPanel {
-    public:
-        explicit X11OverlayPanel(std::unique_ptr<X11CoverWindow> window) : m_window(std::move(window)) { }
+class X11OverlayPanel : public OverlayPanel {
+public:
+    explicit X11OverlayPanel(std::unique_ptr<X11CoverWindow> window) : m_window(std::move(window)) { }
 
-        void setFrame(const QRect& frame) override { m_window->setFrame(frame); }
-        void setContent(std::optional<Callback<>> acknowledge) override { m_window->setContent(std::move(acknowledge)); }
-        void orderFront() override { m_window->present(); }
-        void orderOut() override { m_window->withdraw(); }
+    void setFrame(const QRect& frame) override { m_window->setFrame(frame); }
+    void setContent(std::optional<Callback<>> acknowledge) override { m_window->setContent(std::move(acknowledge)); }
+    void orderFront() override { m_window->present(); }
+    void orderOut() override { m_window->withdraw(); }
 
-    private:
-        std::unique_ptr<X11CoverWindow> m_window;
-    };
+private:
+    std::unique_ptr<X11CoverWindow> m_window;
+};
 
 } // namespace
 

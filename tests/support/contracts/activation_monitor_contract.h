@@ -30,7 +30,6 @@ protected:
 
     [[nodiscard]] virtual QString identifierOf(Front application) const = 0;
 
-private:
     using Told = std::vector<std::optional<QString>>;
 
     /// The window system may report that nothing is in front between two applications, as often as it likes: only what has

@@ -13,8 +13,9 @@ namespace {
 
 DesktopEntry parsed(std::string_view bytes, const std::vector<std::string>& languages = {})
 {
-    const auto entry = parseDesktopEntry(bytes, languages);
-    return entry ? *entry : DesktopEntry { .type = u"refused"_s };
+    DesktopEntry refused;
+    refused.type = u"refused"_s;
+    return parseDesktopEntry(bytes, languages).value_or(refused);
 }
 
 DesktopEntry withGroup(std::string_view lines, const std::vector<std::string>& languages = {})

@@ -69,7 +69,7 @@ private Q_SLOTS:
                 u"                 lambda *_: print('owned', flush=True), lambda *_: loop.quit())\n"
                 u"loop.run()\n"_s });
         QVERIFY2(silent.waitForReadyRead(patience), silent.readAllStandardError().constData());
-        QCOMPARE(silent.readAllStandardOutput(), "owned\n"_ba);
+        QVERIFY(silent.readAllStandardOutput().startsWith("owned"));
         ::kill(static_cast<pid_t>(silent.processId()), SIGSTOP);
         qint64 took = 0;
         const auto secret = lookUp(took);

@@ -14,18 +14,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-using Told = std::vector<std::optional<QString>>;
-
-Told named(const Told& told)
-{
-    Told result;
-    for (const auto& identifier : told) {
-        if (identifier)
-            result.push_back(identifier);
-    }
-    return result;
-}
-
 /// This program's own windows are taken for those of other applications, by what they say of themselves.
 const OwnApplication nobody;
 

@@ -78,7 +78,8 @@ private Q_SLOTS:
 
     void identifiersFormASet()
     {
-        QCOMPARE(blockedBundleIdentifiers({ { u"a.b"_s, u"One"_s }, { u"c.d"_s, u"Two"_s }, { u"a.b"_s, u"Three"_s } }), QSet<QString>({ u"a.b"_s, u"c.d"_s }));
+        QCOMPARE(blockedBundleIdentifiers({ { u"a.b"_s, u"One"_s }, { u"c.d"_s, u"Two"_s }, { u"a.b"_s, u"Three"_s } }),
+            QSet<QString>({ u"a.b"_s, u"c.d"_s }));
     }
 
     void jsonHasExactlyTheTwoKeysInOrder()
@@ -87,10 +88,7 @@ private Q_SLOTS:
         QCOMPARE(encodeBlockedApplications({}), QByteArray("[]"));
     }
 
-    void encodingFailsOnAnUnpairedSurrogate()
-    {
-        QVERIFY(!encodeBlockedApplications({ { u"a.b"_s, QString(QChar(0xD800)) } }));
-    }
+    void encodingFailsOnAnUnpairedSurrogate() { QVERIFY(!encodeBlockedApplications({ { u"a.b"_s, QString(QChar(0xD800)) } })); }
 
     void decodesWhatItEncodes()
     {
@@ -120,7 +118,8 @@ private Q_SLOTS:
 
     void decodingIgnoresOtherKeys()
     {
-        QCOMPARE(decodeBlockedApplications(R"([{"x":[1],"displayName":"A","bundleIdentifier":"a.b"}])"), std::vector<BlockedApplication>({ { u"a.b"_s, u"A"_s } }));
+        QCOMPARE(decodeBlockedApplications(R"([{"x":[1],"displayName":"A","bundleIdentifier":"a.b"}])"),
+            std::vector<BlockedApplication>({ { u"a.b"_s, u"A"_s } }));
     }
 };
 

@@ -53,8 +53,9 @@ private Q_SLOTS:
 
     void trimsEveryUnicodeWhiteSpaceAndLineBreak()
     {
-        const QString spaces = u"\u0009\u000A\u000B\u000C\u000D\u0020\u0085\u00A0\u1680\u2000\u2001\u2002\u2003\u2004\u2005\u2006\u2007\u2008\u2009\u200A"
-                               u"\u2028\u2029\u202F\u205F\u3000"_s;
+        const QString spaces
+            = u"\u0009\u000A\u000B\u000C\u000D\u0020\u0085\u00A0\u1680\u2000\u2001\u2002\u2003\u2004\u2005\u2006\u2007\u2008\u2009\u200A"
+              u"\u2028\u2029\u202F\u205F\u3000"_s;
         for (const QChar space : spaces)
             QCOMPARE(trimmedWhiteSpaceAndLineBreaks(space + u"a b"_s + space), u"a b"_s);
         QCOMPARE(trimmedWhiteSpaceAndLineBreaks(spaces), QString());
@@ -88,8 +89,10 @@ private Q_SLOTS:
     void orderIsByCodePoint()
     {
         BlockedDomains domains;
-        const QStringList expected { u"-.x"_s, u"0.x"_s, u"A.x"_s, u"Z.x"_s, u"_.x"_s, u"a.x"_s, u"z.x"_s, u"\u00E4.x"_s, u"\uFF5E.x"_s, u"\U0001F600.x"_s };
-        for (const QString& domain : { expected[7], expected[2], expected[9], expected[5], expected[0], expected[8], expected[6], expected[1], expected[4], expected[3] })
+        const QStringList expected { u"-.x"_s, u"0.x"_s, u"A.x"_s, u"Z.x"_s, u"_.x"_s, u"a.x"_s, u"z.x"_s, u"\u00E4.x"_s, u"\uFF5E.x"_s,
+            u"\U0001F600.x"_s };
+        for (const QString& domain :
+            { expected[7], expected[2], expected[9], expected[5], expected[0], expected[8], expected[6], expected[1], expected[4], expected[3] })
             domains.add(domain);
         QCOMPARE(domains.values(), expected);
     }

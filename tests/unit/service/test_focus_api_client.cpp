@@ -16,8 +16,7 @@ const QByteArray state = R"({"active":true,"inProgressTaskCount":2,"policyRevisi
 const QByteArray policy = R"({"revision":4,"blockedDomains":["example.com"],"blockedApplications":[]})";
 
 /// Keeps what an operation completes with.
-template <typename T>
-struct Outcome {
+template <typename T> struct Outcome {
     std::vector<std::expected<T, ServiceFailure>> results;
 
     FocusAPIClient::Completion<T> keep()
@@ -40,10 +39,7 @@ private:
     }
 
 private Q_SLOTS:
-    void cleanup()
-    {
-        QCOMPARE(m_session.pending(), std::size_t { 0 });
-    }
+    void cleanup() { QCOMPARE(m_session.pending(), std::size_t { 0 }); }
 
     void theFocusStateIsAskedForWithTheKey()
     {
@@ -196,7 +192,8 @@ private Q_SLOTS:
                                     << ServiceFailure { DecodeError { DecodeError::Reason::notJson } };
         QTest::newRow("a key is missing") << UrlResult(UrlResponse { .statusCode = 200, .body = R"({"active":true,"inProgressTaskCount":2})" })
                                           << ServiceFailure { DecodeError { DecodeError::Reason::missingKey, u"policyRevision"_s } };
-        QTest::newRow("not HTTP") << UrlResult(UrlResponse { .statusCode = std::nullopt, .body = state }) << ServiceFailure { FocusAPIError::invalidResponse() };
+        QTest::newRow("not HTTP") << UrlResult(UrlResponse { .statusCode = std::nullopt, .body = state })
+                                  << ServiceFailure { FocusAPIError::invalidResponse() };
         QTest::newRow("no answer") << UrlResult(std::unexpected(TransportError { u"Connection refused"_s }))
                                    << ServiceFailure { TransportError { u"Connection refused"_s } };
     }

@@ -11,10 +11,7 @@ namespace {
 
 using Reason = DecodeError::Reason;
 
-QByteArray stateWithCount(const QByteArray& count)
-{
-    return R"({"active":true,"inProgressTaskCount":)" + count + R"(,"policyRevision":7})";
-}
+QByteArray stateWithCount(const QByteArray& count) { return R"({"active":true,"inProgressTaskCount":)" + count + R"(,"policyRevision":7})"; }
 
 QByteArray policy(const QByteArray& domains, const QByteArray& applications)
 {
@@ -165,8 +162,8 @@ private Q_SLOTS:
         QVERIFY(decoded.has_value());
         QCOMPARE(decoded->revision, 7);
         QCOMPARE(decoded->blockedDomains, (QStringList { u"b.example"_s, u"a.example"_s, u"a.example"_s, QString() }));
-        QCOMPARE(decoded->blockedApplications,
-            (std::vector<BlockedApplication> { { u"com.example.App"_s, u"App \u00e9\U0001f600"_s }, { u"x"_s, QString() } }));
+        QCOMPARE(
+            decoded->blockedApplications, (std::vector<BlockedApplication> { { u"com.example.App"_s, u"App \u00e9\U0001f600"_s }, { u"x"_s, QString() } }));
     }
 
     void anEmptyPolicyIsDecoded()
@@ -253,8 +250,7 @@ private Q_SLOTS:
         QTest::newRow("transport") << text(TransportError { u"Connection refused"_s }) << u"Connection refused"_s;
         QTest::newRow("not JSON") << text(DecodeError { Reason::notJson }) << u"Orvanta's answer could not be read: it is not valid JSON"_s;
         QTest::newRow("no object") << text(DecodeError { Reason::wrongType }) << u"Orvanta's answer could not be read: it is not a JSON object"_s;
-        QTest::newRow("missing key") << text(DecodeError { Reason::missingKey, u"active"_s })
-                                     << u"Orvanta's answer could not be read: \"active\" is missing"_s;
+        QTest::newRow("missing key") << text(DecodeError { Reason::missingKey, u"active"_s }) << u"Orvanta's answer could not be read: \"active\" is missing"_s;
         QTest::newRow("wrong type") << text(DecodeError { Reason::wrongType, u"active"_s })
                                     << u"Orvanta's answer could not be read: \"active\" has an unexpected value"_s;
         QTest::newRow("encoding") << text(EncodeError {}) << u"The request could not be written: it holds a text that is not valid Unicode"_s;

@@ -89,10 +89,7 @@ class TestUrlSessionContract : public QObject {
 private:
     std::unique_ptr<Subject> m_subject;
 
-    void send(QObject* context, Callback<UrlResult> completed)
-    {
-        m_subject->session().send({ .url = m_subject->url() }, context, std::move(completed));
-    }
+    void send(QObject* context, Callback<UrlResult> completed) { m_subject->session().send({ .url = m_subject->url() }, context, std::move(completed)); }
 
 private Q_SLOTS:
     void initTestCase_data()

@@ -1,0 +1,543 @@
+#include "app/app_model.h"
+
+#include "app/policy/blocked_applications.h"
+#include "support/fake_activation_monitor.h"
+#include "support/fake_cloud_store.h"
+#include "support/fake_key_value_store.h"
+#include "support/fake_overlay_panels.h"
+#include "support/fake_running_applications.h"
+#include "support/fake_screens.h"
+#include "support/fake_secret_store.h"
+#include "support/fake_url_session.h"
+#include "support/logged_stores.h"
+
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace orvanta;
+using namespace orvanta::test;
+using namespace orvanta::testing;
+using namespace std::chrono_literals;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString domainsKey = u"blockedDomains"_s;
+const QString applicationsKey = u"blockedApplications"_s;
+const QString readKey = u"secrets.read com.orvanta.focus orvanta-api-key"_s;
+const BlockedApplication editor { u"org.example.Editor.desktop"_s, u"Editor"_s };
+
+QByteArray json(const std::vector<BlockedApplication>& applications)
+{
+    return *encodeBlockedApplications(applications);
+}
+
+QByteArray focusState(bool active)
+{
+    return active ? R"({"active":true,"inProgressTaskCount":1,"policyRevision":1})"
+                  : R"({"active":false,"inProgressTaskCount":0,"policyRevision":1})";
+}
+
+class LoggedActivationMonitor : public ActivationMonitor {
+public:
+    LoggedActivationMonitor(FakeActivationMonitor& monitor, CallLog& log) : m_monitor(monitor), m_log(log) { }
+
+    [[nodiscard]] Subscription observe(Callback<std::optional<QString>> activated) override
+    {
+        m_log.add(u"activations.observe"_s);
+        return m_monitor.observe(std::move(activated));
+    }
+
+private:
+    FakeActivationMonitor& m_monitor;
+    CallLog& m_log;
+};
+
+/// A model among doubles. What is stored is set before start().
+struct House {
+    void start(const QStringList& arguments = {})
+    {
+        model = std::make_unique<AppModel>(AppModelDependencies { .defaults = loggedDefaults,
+                                               .cloudStore = loggedCloud,
+                                               .secrets = loggedSecrets,
+                                               .screens = screens,
+                                               .overlayPanels = panels,
+                                               .runningApplications = running,
+                                               .activationMonitor = loggedActivations,
+                                               .urlSession = session,
+                                               .service = *ServiceConfiguration::make(u"https://service.example"_s, std::nullopt),
+                                               .pollPause = 1ms },
+            QStringList { u"orvanta-focus"_s } + arguments, notices);
+    }
+
+    void storeKey(const QByteArray& key = "key-1") { secrets.items[{ u"com.orvanta.focus"_s, u"orvanta-api-key"_s }] = key; }
+
+    /// Answers the poll that waits, and waits until the model has taken the answer and asks again.
+    void poll(int status, const QByteArray& body)
+    {
+        QTRY_VERIFY(session.pending() == 1);
+        const std::size_t asked = session.requests().size();
+        session.answer(status, body);
+        QTRY_COMPARE(session.requests().size(), asked + 1);
+    }
+
+    CallLog log;
+    CallLog quiet;
+    FakeKeyValueStore defaults;
+    FakeCloudStore cloud;
+    FakeSecretStore secrets;
+    LoggedKeyValueStore loggedDefaults { defaults, log, u"defaults"_s };
+    LoggedCloudStore loggedCloud { cloud, log };
+    LoggedSecretStore loggedSecrets { secrets, log };
+    FakeScreens screens { { { 7, QRect(0, 0, 800, 600) } } };
+    FakeOverlayPanels panels { quiet };
+    FakeRunningApplications running { quiet };
+    FakeActivationMonitor activations;
+    LoggedActivationMonitor loggedActivations { activations, log };
+    FakeUrlSession session;
+    QStringList notices;
+    std::unique_ptr<AppModel> model;
+};
+
+} // namespace
+
+class TestAppModel : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    // The start
+
+    void startsInOrder()
+    {
+        House house;
+        house.defaults.values = { { domainsKey, QStringList { u"a.example"_s } }, { applicationsKey, json({ editor }) } };
+        house.storeKey();
+        house.start();
+        const QString applications = QString::fromUtf8(json({ editor }));
+        QCOMPARE(house.log.take(),
+            QStringList({
+                u"defaults.value blockedDomains"_s,
+                u"cloud.synchronise"_s,
+                u"cloud.value blockedDomains"_s,
+                u"defaults.value blockedApplications"_s,
+                u"cloud.value blockedApplications"_s,
+                u"activations.observe"_s,
+                u"defaults.setValue blockedDomains [a.example]"_s,
+                u"defaults.setValue blockedApplications "_s + applications,
+                u"cloud.setValue blockedApplications "_s + applications,
+                u"cloud.setValue blockedDomains [a.example]"_s,
+                u"cloud.synchronise"_s,
+                u"cloud.observeExternalChanges"_s,
+                readKey,
+            }));
+        QCOMPARE(house.session.requests().size(), 1U);
+    }
+
+    void aFirstStartWritesEmptyListsLocallyAndLeavesTheCloudAlone()
+    {
+        House house;
+        house.start();
+        QCOMPARE(house.model->blockedDomains(), QStringList());
+        QVERIFY(house.model->blockedApplications().empty());
+        QCOMPARE(house.defaults.values, (std::map<QString, StoredValue> { { domainsKey, QStringList() }, { applicationsKey, QByteArray("[]") } }));
+        QVERIFY(house.cloud.local.values.empty());
+        QVERIFY(house.log.calls.filter(u"cloud.setValue"_s).isEmpty());
+    }
+
+    void anEmptyCloudListWinsOverALocalOne()
+    {
+        House house;
+        house.defaults.values[domainsKey] = QStringList { u"a.example"_s };
+        house.cloud.local.values[domainsKey] = QStringList();
+        house.start();
+        QCOMPARE(house.model->blockedDomains(), QStringList());
+        QCOMPARE(house.defaults.values[domainsKey], StoredValue(QStringList()));
+    }
+
+    void whatArrivesWithTheSynchronisationWins()
+    {
+        House house;
+        house.defaults.values[domainsKey] = QStringList { u"local.example"_s };
+        house.cloud.sendFromElsewhere(domainsKey, QStringList { u"cloud.example"_s });
+        house.start();
+        QCOMPARE(house.model->blockedDomains(), QStringList({ u"cloud.example"_s }));
+    }
+
+    void aCloudListWithAForeignElementIsIgnoredWhole()
+    {
+        House house;
+        house.defaults.values[domainsKey] = QStringList { u"a.example"_s };
+        house.cloud.local.values[domainsKey] = ForeignValue();
+        house.start();
+        QCOMPARE(house.model->blockedDomains(), QStringList({ u"a.example"_s }));
+    }
+
+    void cloudApplicationsThatDoNotDecodeAreIgnored()
+    {
+        House house;
+        house.defaults.values[applicationsKey] = json({ editor });
+        house.cloud.local.values[applicationsKey] = QByteArray(R"([{"bundleIdentifier":"x.y"}])");
+        house.start();
+        QCOMPARE(house.model->blockedApplications(), std::vector({ editor }));
+    }
+
+    void localApplicationsThatDoNotDecodeAreAnEmptyList()
+    {
+        House house;
+        house.defaults.values[applicationsKey] = QByteArray("[");
+        house.start();
+        QVERIFY(house.model->blockedApplications().empty());
+    }
+
+    void storedListsAreTakenAsTheyStand()
+    {
+        House house;
+        const QStringList stored { u"B.example"_s, u"a.example"_s, u"a.example"_s };
+        house.defaults.values[domainsKey] = stored;
+        house.start();
+        QCOMPARE(house.model->blockedDomains(), stored);
+        QCOMPARE(house.cloud.local.values[domainsKey], StoredValue(stored));
+    }
+
+    void aForeignCloudValueIsEnoughToSync()
+    {
+        House house;
+        house.cloud.local.values[applicationsKey] = ForeignValue();
+        house.start();
+        QCOMPARE(house.cloud.local.values[applicationsKey], StoredValue(QByteArray("[]")));
+    }
+
+    // Launch arguments
+
+    void uiTestErasesTheLocalListsAndTouchesNoCloud()
+    {
+        House house;
+        house.defaults.values = { { domainsKey, QStringList { u"a.example"_s } }, { applicationsKey, json({ editor }) } };
+        house.cloud.local.values[domainsKey] = QStringList { u"cloud.example"_s };
+        house.start({ u"--ui-test"_s });
+        QCOMPARE(house.model->blockedDomains(), QStringList());
+        QVERIFY(house.model->blockedApplications().empty());
+        QCOMPARE(house.log.calls.mid(0, 2), QStringList({ u"defaults.remove blockedDomains"_s, u"defaults.remove blockedApplications"_s }));
+        house.model->addDomain(u"b.example"_s);
+        house.model->addApplication(editor.bundleIdentifier, editor.displayName);
+        QVERIFY(house.log.calls.filter(u"cloud."_s).isEmpty());
+        QVERIFY(!house.cloud.isObserved());
+    }
+
+    void focusActiveStartsActiveAndStaysSoWithoutAKey()
+    {
+        House house;
+        house.start({ u"--focus-active"_s });
+        QVERIFY(house.model->focusActive());
+        QCOMPARE(house.model->focusStatusLabel(), u"Focus active · Orvanta task"_s);
+        QCOMPARE(house.model->permissionSummary(), u"Orvanta API key required"_s);
+        QVERIFY(house.session.requests().empty());
+    }
+
+    void focusActiveIsKnownToTheBlockerBeforeTheFirstActivation()
+    {
+        House house;
+        house.defaults.values[applicationsKey] = json({ editor });
+        house.start({ u"--focus-active"_s });
+        house.activations.activate(editor.bundleIdentifier);
+        QTRY_COMPARE(house.panels.shownCount(), 1);
+    }
+
+    void previewsAreReadFromTheArguments_data()
+    {
+        QTest::addColumn<QString>("argument");
+        QTest::addColumn<bool>("preview");
+        QTest::addColumn<bool>("applicationPreview");
+        QTest::newRow("none") << u"--other"_s << false << false;
+        QTest::newRow("preview") << u"--blocked-preview"_s << true << false;
+        QTest::newRow("application preview") << u"--blocked-application-preview"_s << true << true;
+        QTest::newRow("wrong case") << u"--Blocked-Preview"_s << false << false;
+        QTest::newRow("not whole") << u"--blocked-preview=1"_s << false << false;
+    }
+
+    void previewsAreReadFromTheArguments()
+    {
+        QFETCH(QString, argument);
+        House house;
+        house.start({ u"x"_s, argument });
+        QTEST(house.model->isBlockedPreview(), "preview");
+        QTEST(house.model->isBlockedApplicationPreview(), "applicationPreview");
+        QVERIFY(!house.model->focusActive());
+    }
+
+    // Editing
+
+    void addingADomainNormalisesAndSavesEverywhere()
+    {
+        House house;
+        house.start();
+        (void)house.log.take();
+        QSignalSpy changed(house.model.get(), &AppModel::blockedDomainsChanged);
+        house.model->addDomain(u"  HTTPS://News.Example/today "_s);
+        QCOMPARE(house.model->blockedDomains(), QStringList({ u"news.example"_s }));
+        QCOMPARE(changed.size(), 1);
+        QCOMPARE(house.log.take(),
+            QStringList({ u"defaults.setValue blockedDomains [news.example]"_s, u"defaults.setValue blockedApplications []"_s,
+                u"cloud.setValue blockedApplications []"_s, u"cloud.setValue blockedDomains [news.example]"_s, u"cloud.synchronise"_s }));
+    }
+
+    void aRejectedDomainChangesAndReportsNothing()
+    {
+        House house;
+        house.start();
+        (void)house.log.take();
+        QSignalSpy changed(house.model.get(), &AppModel::blockedDomainsChanged);
+        const QString summary = house.model->permissionSummary();
+        house.model->addDomain(u"localhost"_s);
+        QCOMPARE(house.log.take(), QStringList());
+        QCOMPARE(changed.size(), 0);
+        QCOMPARE(house.model->permissionSummary(), summary);
+    }
+
+    void removingADomainThatIsNotThereStillSaves()
+    {
+        House house;
+        house.start();
+        (void)house.log.take();
+        house.model->removeDomain(u"absent.example"_s);
+        QCOMPARE(house.log.take().size(), 5);
+        QCOMPARE(house.cloud.local.values[domainsKey], StoredValue(QStringList()));
+    }
+
+    void addingAListedApplicationReplacesItsName()
+    {
+        House house;
+        house.start();
+        house.model->addApplication(u"com.example.App"_s, u"Example"_s);
+        house.model->addApplication(u" com.example.App\n"_s, u"Example Two "_s);
+        QCOMPARE(house.model->blockedApplications(), std::vector<BlockedApplication>({ { u"com.example.App"_s, u"Example Two"_s } }));
+        QCOMPARE(house.cloud.local.values[applicationsKey], StoredValue(json({ { u"com.example.App"_s, u"Example Two"_s } })));
+    }
+
+    void anApplicationWithoutANameIsDropped()
+    {
+        House house;
+        house.start();
+        (void)house.log.take();
+        house.model->addApplication(u"com.example.App"_s, u"   "_s);
+        QCOMPARE(house.log.take(), QStringList());
+    }
+
+    void removingAnApplicationSaves()
+    {
+        House house;
+        house.defaults.values[applicationsKey] = json({ editor });
+        house.start();
+        house.model->removeApplication(editor.bundleIdentifier);
+        QVERIFY(house.model->blockedApplications().empty());
+        QCOMPARE(house.cloud.local.values[applicationsKey], StoredValue(QByteArray("[]")));
+    }
+
+    void applicationsThatCannotBeEncodedAreNotWrittenButDomainsAre()
+    {
+        House house;
+        house.start();
+        house.model->addApplication(u"x."_s + QChar(0xD800), u"Broken"_s);
+        (void)house.log.take();
+        house.model->addDomain(u"a.example"_s);
+        QCOMPARE(house.log.take(),
+            QStringList(
+                { u"defaults.setValue blockedDomains [a.example]"_s, u"cloud.setValue blockedDomains [a.example]"_s, u"cloud.synchronise"_s }));
+    }
+
+    void theBlockerAsksForTheListAsItIsNow()
+    {
+        House house;
+        house.start({ u"--focus-active"_s });
+        house.activations.activate(editor.bundleIdentifier);
+        house.model->addApplication(editor.bundleIdentifier, editor.displayName);
+        house.activations.activate(editor.bundleIdentifier);
+        QTRY_COMPARE(house.panels.shownCount(), 1);
+        house.model->removeApplication(editor.bundleIdentifier);
+        house.activations.activate(u"other.desktop"_s);
+        QTRY_COMPARE(house.panels.shownCount(), 0);
+    }
+
+    void whatCannotBeStoredIsSaidOnceAndKeptInMemory()
+    {
+        House house;
+        house.notices = { u"The settings file was damaged"_s };
+        house.start();
+        house.defaults.writeFailure = PlatformError { u"The disk is full"_s };
+        house.model->addDomain(u"a.example"_s);
+        house.model->addDomain(u"b.example"_s);
+        QCOMPARE(house.model->notices(), QStringList({ u"The settings file was damaged"_s, u"The disk is full"_s }));
+        QCOMPARE(house.model->blockedDomains(), QStringList({ u"a.example"_s, u"b.example"_s }));
+    }
+
+    // Changes from elsewhere
+
+    void aChangeFromElsewhereReplacesTheListsAndIsNotEchoed()
+    {
+        House house;
+        house.defaults.values[domainsKey] = QStringList { u"a.example"_s };
+        house.start();
+        (void)house.log.take();
+        house.cloud.sendFromElsewhere(domainsKey, QStringList { u"cloud.example"_s });
+        house.cloud.sendFromElsewhere(applicationsKey, json({ editor }));
+        house.cloud.deliver();
+        QTRY_COMPARE(house.model->blockedDomains(), QStringList({ u"cloud.example"_s }));
+        QCOMPARE(house.model->blockedApplications(), std::vector({ editor }));
+        QCOMPARE(house.log.take(),
+            QStringList(
+                { u"cloud.value blockedDomains"_s, u"cloud.value blockedApplications"_s, u"defaults.setValue blockedDomains [cloud.example]"_s,
+                    u"defaults.setValue blockedApplications "_s + QString::fromUtf8(json({ editor })) }));
+    }
+
+    void foreignValuesFromElsewhereLeaveTheListsAsTheyAre()
+    {
+        House house;
+        house.defaults.values = { { domainsKey, QStringList { u"a.example"_s } }, { applicationsKey, json({ editor }) } };
+        house.start();
+        (void)house.log.take();
+        house.cloud.sendFromElsewhere(domainsKey, ForeignValue());
+        house.cloud.sendFromElsewhere(applicationsKey, QByteArray("{}"));
+        house.cloud.deliver();
+        QTRY_COMPARE(house.log.calls.size(), 4);
+        QCOMPARE(house.model->blockedDomains(), QStringList({ u"a.example"_s }));
+        QCOMPARE(house.model->blockedApplications(), std::vector({ editor }));
+    }
+
+    // Polling
+
+    void asksWithTheKeyAtTheServicesOrigin()
+    {
+        House house;
+        house.storeKey("secret");
+        house.start();
+        const HttpRequest request = house.session.requests().front();
+        QCOMPARE(request.url, QUrl(u"https://service.example/api/focus-state"_s));
+        QCOMPARE(request.method, QByteArray("GET"));
+        QVERIFY(std::ranges::find(request.headers, std::pair<QByteArray, QByteArray>("Authorization", "Bearer secret")) != request.headers.end());
+        QCOMPARE(house.model->permissionSummary(), u"Setup required"_s);
+    }
+
+    void theServiceSwitchesFocusOnAndOff()
+    {
+        House house;
+        house.storeKey();
+        house.defaults.values[applicationsKey] = json({ editor });
+        house.start();
+        QSignalSpy focus(house.model.get(), &AppModel::focusActiveChanged);
+        house.poll(200, focusState(true));
+        QVERIFY(house.model->focusActive());
+        QCOMPARE(house.model->focusStatusLabel(), u"Focus active · Orvanta task"_s);
+        QCOMPARE(house.model->permissionSummary(), u"Orvanta connected"_s);
+        house.activations.activate(editor.bundleIdentifier);
+        QTRY_COMPARE(house.panels.shownCount(), 1);
+        house.poll(200, focusState(true));
+        QCOMPARE(focus.size(), 2); // observers hear of each assignment
+        house.poll(200, focusState(false));
+        QVERIFY(!house.model->focusActive());
+        QCOMPARE(house.model->focusStatusLabel(), u"Focus inactive"_s);
+        // The cover stays until the next activation of another application.
+        QCOMPARE(house.panels.shownCount(), 1);
+        house.activations.activate(u"other.desktop"_s);
+        QTRY_COMPARE(house.panels.shownCount(), 0);
+    }
+
+    void tenFailedPollsChangeNothingButTheText()
+    {
+        House house;
+        house.storeKey();
+        house.start();
+        house.poll(200, focusState(true));
+        QSignalSpy focus(house.model.get(), &AppModel::focusActiveChanged);
+        for (int round = 0; round < 10; ++round)
+            house.poll(round % 2 ? 500 : 401, {});
+        QVERIFY(house.model->focusActive());
+        QCOMPARE(focus.size(), 0);
+        QCOMPARE(house.model->permissionSummary(), u"Orvanta request failed (HTTP 500)"_s);
+        house.poll(200, focusState(true));
+        QCOMPARE(house.model->permissionSummary(), u"Orvanta connected"_s);
+    }
+
+    void aLostConnectionShowsItsOwnText()
+    {
+        House house;
+        house.storeKey();
+        house.start();
+        house.session.fail(u"Connection refused"_s);
+        QTRY_COMPARE(house.model->permissionSummary(), u"Connection refused"_s);
+    }
+
+    void anAnswerWithoutAKeyFailsTheWholePoll()
+    {
+        House house;
+        house.storeKey();
+        house.start();
+        house.poll(200, R"({"active":true,"inProgressTaskCount":1})");
+        QVERIFY(!house.model->focusActive());
+        QVERIFY(house.model->permissionSummary() != u"Orvanta connected"_s);
+    }
+
+    void aMissingKeyIsFinal()
+    {
+        House house;
+        house.start();
+        QCOMPARE(house.model->permissionSummary(), u"Orvanta API key required"_s);
+        house.storeKey();
+        QCoreApplication::processEvents();
+        QVERIFY(house.session.requests().empty());
+        QCOMPARE(house.log.calls.count(readKey), 1);
+    }
+
+    // The two sources of focus
+
+    void theSystemsFocusHoldsFocusWhenTheTaskEnds()
+    {
+        House house;
+        house.storeKey();
+        house.start();
+        house.poll(200, focusState(true));
+        house.model->systemFocusChanged(true);
+        QCOMPARE(house.model->focusStatusLabel(), u"Focus active · macOS Focus + Orvanta task"_s);
+        house.poll(200, focusState(false));
+        QVERIFY(house.model->focusActive());
+        QCOMPARE(house.model->focusStatusLabel(), u"Focus active · macOS Focus"_s);
+        house.model->systemFocusChanged(false);
+        QVERIFY(!house.model->focusActive());
+    }
+
+    void theTaskHoldsFocusWhenTheSystemsFocusEnds()
+    {
+        House house;
+        house.start({ u"--focus-active"_s });
+        house.model->systemFocusChanged(true);
+        house.model->systemFocusChanged(false);
+        QVERIFY(house.model->focusActive());
+        QCOMPARE(house.model->focusStatusLabel(), u"Focus active · Orvanta task"_s);
+    }
+
+    void withoutAKeyFocusFollowsTheSystemAlone()
+    {
+        House house;
+        house.start();
+        house.model->systemFocusChanged(true);
+        QVERIFY(house.model->focusActive());
+    }
+
+    void nothingIsCalledOnceTheModelIsGone()
+    {
+        House house;
+        house.storeKey();
+        house.start();
+        house.cloud.sendFromElsewhere(domainsKey, QStringList { u"late.example"_s });
+        house.cloud.deliver();
+        house.model.reset();
+        house.session.answer(200, focusState(true));
+        (void)house.log.take();
+        QCoreApplication::processEvents();
+        QCOMPARE(house.log.take(), QStringList());
+        QVERIFY(!house.cloud.isObserved());
+        QVERIFY(!house.activations.isObserved());
+    }
+};
+
+QTEST_GUILESS_MAIN(TestAppModel)
+#include "test_app_model.moc"
