@@ -21,10 +21,11 @@ std::expected<QByteArray, ServiceFailure> acceptedBody(UrlResult result)
 {
     if (!result)
         return std::unexpected(ServiceFailure { std::move(result).error() });
-    if (!result->statusCode)
+    const std::optional<int> statusCode = result->statusCode;
+    if (!statusCode)
         return std::unexpected(ServiceFailure { FocusAPIError::invalidResponse() });
-    if (*result->statusCode < 200 || *result->statusCode > 299)
-        return std::unexpected(ServiceFailure { FocusAPIError::server(*result->statusCode) });
+    if (*statusCode < 200 || *statusCode > 299)
+        return std::unexpected(ServiceFailure { FocusAPIError::server(*statusCode) });
     return std::move(result->body);
 }
 

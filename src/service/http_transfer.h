@@ -13,7 +13,7 @@
 namespace orvanta {
 
 /// A body above this is a failure: no answer of the service comes near it.
-inline constexpr qint64 largestBody = 16 * 1024 * 1024;
+inline constexpr qint64 largestBody = qint64 { 16 } * 1024 * 1024;
 
 /// One request of a NetworkUrlSession, from the first byte to the complete answer, redirects included. Made in the
 /// caller's thread, then moved to the session's, where everything else happens. Deletes itself after `completed`.

@@ -51,7 +51,7 @@ public:
 
     std::map<QString, StoredValue> values;
     std::optional<PlatformError> writeFailure; ///< as long as it is there, every write fails with it
-    std::vector<StoreCall> calls; ///< in order
+    std::vector<StoreCall> calls;              ///< in order
 };
 
 } // namespace orvanta

@@ -23,7 +23,10 @@ public:
     }
 
     /// Gives `path` to that user; nothing to do for whoever is an ordinary user anyway.
-    [[nodiscard]] static bool owns(const QString& path) { return ::geteuid() != 0 || ::lchown(QFile::encodeName(path).constData(), number, number) == 0; }
+    [[nodiscard]] static bool owns(const QString& path)
+    {
+        return ::geteuid() != 0 || ::lchown(QFile::encodeName(path).constData(), number, number) == 0;
+    }
 
 private:
     static constexpr uid_t number = 65534;

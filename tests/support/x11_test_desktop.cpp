@@ -126,7 +126,10 @@ bool X11TestClient::waitForActive(xcb_window_t window)
     return QTest::qWaitFor([this, window] { return m_windows.activeWindow() == window; }, patience);
 }
 
-bool X11TestClient::waitForNoActive() { return waitForActive(XCB_NONE); }
+bool X11TestClient::waitForNoActive()
+{
+    return QTest::qWaitFor([this] { return !m_windows.geometry(m_windows.activeWindow()); }, patience);
+}
 
 std::vector<xcb_window_t> X11TestClient::windowsOf(qint64 process)
 {

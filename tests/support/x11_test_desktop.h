@@ -50,6 +50,7 @@ public:
 
     [[nodiscard]] bool isViewable(xcb_window_t window);
     [[nodiscard]] bool waitForActive(xcb_window_t window);
+    /// Waits until no window is active that exists.
     [[nodiscard]] bool waitForNoActive();
 
     [[nodiscard]] X11Connection& connection() { return *m_connection; }

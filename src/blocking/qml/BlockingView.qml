@@ -148,14 +148,12 @@ FocusScope {
 
             // Its place is kept whether it is there or not, so that nothing else moves.
             Item {
-                anchors.horizontalCenter: parent.horizontalCenter
-                width: replyLoader.width
+                width: parent.width
                 height: 10 + 43
 
                 Loader {
-                    id: replyLoader
-
                     y: 10
+                    anchors.horizontalCenter: parent.horizontalCenter
                     focus: true
                     active: view.acknowledgeable
                     sourceComponent: ReplyButton {

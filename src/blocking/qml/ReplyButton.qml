@@ -68,6 +68,7 @@ FocusScope {
         readonly property real veil: reply.pressed ? 0.26 : pointer.containsMouse ? 0.18 : 0.12
         property real shownVeil: veil
 
+        objectName: "capsule"
         anchors.fill: parent
         radius: height / 2
         color: Qt.rgba(1, 1, 1, shownVeil)
@@ -82,6 +83,7 @@ FocusScope {
     }
 
     Rectangle {
+        objectName: "outline"
         anchors.fill: parent
         radius: height / 2
         color: "transparent"
@@ -103,6 +105,7 @@ FocusScope {
     Text {
         id: label
 
+        objectName: "label"
         anchors.centerIn: parent
         height: 19
         text: reply.text

@@ -24,7 +24,8 @@ DesktopMotionPreference::DesktopMotionPreference()
 {
     const QStringList desktops = qEnvironmentVariable("XDG_CURRENT_DESKTOP").split(u':', Qt::SkipEmptyParts);
     const bool isKde = isOneOf(desktops, { "KDE"_L1 });
-    const bool isGnome = !isKde && isOneOf(desktops, { "GNOME"_L1, "GNOME-Classic"_L1, "GNOME-Flashback"_L1, "Unity"_L1, "Budgie"_L1, "Pantheon"_L1 });
+    const bool isGnome
+        = !isKde && isOneOf(desktops, { "GNOME"_L1, "GNOME-Classic"_L1, "GNOME-Flashback"_L1, "Unity"_L1, "Budgie"_L1, "Pantheon"_L1 });
     const auto add = [this](auto make) {
         if (auto source = make([this] { update(); }))
             m_sources.push_back(std::move(source));

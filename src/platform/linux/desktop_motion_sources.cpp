@@ -24,7 +24,8 @@ constexpr auto animationsKey = "enable-animations";
 class GnomeMotionSource : public MotionSource {
 public:
     GnomeMotionSource(GSettingsSchema* schema, Callback<> changed)
-        : m_settings(g_settings_new_full(schema, nullptr, nullptr)), m_changed(std::move(changed))
+        : m_settings(g_settings_new_full(schema, nullptr, nullptr))
+        , m_changed(std::move(changed))
     {
         const auto tell = [](GSettings*, const char*, gpointer self) { static_cast<GnomeMotionSource*>(self)->m_changed(); };
         g_signal_connect(m_settings, "changed::enable-animations", G_CALLBACK(static_cast<void (*)(GSettings*, const char*, gpointer)>(tell)), this);

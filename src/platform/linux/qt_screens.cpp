@@ -72,8 +72,13 @@ KeyWindowGeometry x11KeyWindowGeometry()
         X11Windows* windows = session->windows();
         if (!windows)
             return std::nullopt;
-        const xcb_window_t window = windows->keyboardWindow();
-        return window == XCB_NONE ? std::nullopt : windows->geometry(window);
+        if (const xcb_window_t active = windows->activeWindow(); active != XCB_NONE) {
+            if (const std::optional<QRect> geometry = windows->geometry(active))
+                return geometry;
+        }
+        // The keyboard may be with a window that no window manager looks after.
+        const xcb_window_t focus = windows->focusWindow();
+        return focus == XCB_NONE ? std::nullopt : windows->geometry(focus);
     };
 }
 

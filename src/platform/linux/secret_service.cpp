@@ -73,10 +73,11 @@ std::optional<QByteArray> SecretService::read(const QString& service, const QStr
     const Shared<GDBusConnection> bus(g_bus_get_sync(G_BUS_TYPE_SESSION, deadline.cancellable(), nullptr));
     if (!bus)
         return std::nullopt;
-    g_dbus_connection_set_exit_on_close(bus.get(), FALSE);
+    //MUT g_dbus_connection_set_exit_on_close(bus.get(), FALSE);
 
     // A client of our own: the library's shared one would outlive a keyring that is started anew.
-    const Shared<::SecretService> keyring(secret_service_open_sync(SECRET_TYPE_SERVICE, nullptr, SECRET_SERVICE_NONE, deadline.cancellable(), nullptr));
+    const Shared<::SecretService> keyring(
+        secret_service_open_sync(SECRET_TYPE_SERVICE, nullptr, SECRET_SERVICE_NONE, deadline.cancellable(), nullptr));
     if (!keyring)
         return std::nullopt;
 
@@ -84,7 +85,8 @@ std::optional<QByteArray> SecretService::read(const QString& service, const QStr
     for (const auto& [name, text] : { std::pair("service", &service), std::pair("account", &account) })
         g_hash_table_insert(attributes.get(), const_cast<char*>(name), g_strdup(text->toUtf8().constData()));
     // Without the flag to unlock nobody is prompted; without the flag for all of them one item is returned at most.
-    const Items items(secret_service_search_sync(keyring.get(), nullptr, attributes.get(), SECRET_SEARCH_LOAD_SECRETS, deadline.cancellable(), nullptr));
+    const Items items(
+        secret_service_search_sync(keyring.get(), nullptr, attributes.get(), SECRET_SEARCH_LOAD_SECRETS, deadline.cancellable(), nullptr));
     if (!items)
         return std::nullopt;
     const Value secret(secret_item_get_secret(SECRET_ITEM(items->data)));

@@ -109,6 +109,8 @@ void X11ActivationMonitor::handle(const xcb_generic_event_t& event)
     if (type == XCB_FOCUS_OUT) {
         const auto& loss = reinterpret_cast<const xcb_focus_out_event_t&>(event);
         m_hasLostFocus = m_hasLostFocus || (loss.event == m_active && isLossOfFocus(loss));
+    } else if (type == XCB_UNMAP_NOTIFY) {
+        m_hasLostFocus = m_hasLostFocus || reinterpret_cast<const xcb_unmap_notify_event_t&>(event).window == m_active;
     } else if (type == XCB_PROPERTY_NOTIFY) {
         const auto& notify = reinterpret_cast<const xcb_property_notify_event_t&>(event);
         if (notify.window == m_session->connection->root() && notify.atom == m_session->connection->atoms().netActiveWindow)
@@ -122,11 +124,11 @@ void X11ActivationMonitor::follow(xcb_window_t active)
 {
     xcb_connection_t* connection = m_session->connection->raw();
     const std::uint32_t nothing = XCB_EVENT_MASK_NO_EVENT;
-    const std::uint32_t focus = XCB_EVENT_MASK_FOCUS_CHANGE;
+    const std::uint32_t loss = XCB_EVENT_MASK_FOCUS_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
     if (m_active != XCB_NONE && m_active != active)
         xcb_change_window_attributes(connection, m_active, XCB_CW_EVENT_MASK, &nothing);
     if (active != XCB_NONE)
-        xcb_change_window_attributes(connection, active, XCB_CW_EVENT_MASK, &focus);
+        xcb_change_window_attributes(connection, active, XCB_CW_EVENT_MASK, &loss);
     xcb_flush(connection);
     m_active = active;
     m_hasLostFocus = false;

@@ -186,16 +186,13 @@ xcb_window_t X11Windows::activeWindow()
     return number(property(m_connection.raw(), cookie)).value_or(XCB_NONE);
 }
 
-xcb_window_t X11Windows::keyboardWindow()
+xcb_window_t X11Windows::focusWindow()
 {
     ++m_roundTrips;
-    xcb_connection_t* connection = m_connection.raw();
-    const auto activeCookie = askProperty(connection, m_connection.root(), m_connection.atoms().netActiveWindow, 1);
-    const auto focusCookie = xcb_get_input_focus(connection);
-    const xcb_window_t active = number(property(connection, activeCookie)).value_or(XCB_NONE);
-    const XcbPtr<xcb_get_input_focus_reply_t> focus(xcb_get_input_focus_reply(connection, focusCookie, nullptr));
-    if (active != XCB_NONE || !focus || focus->focus == XCB_INPUT_FOCUS_POINTER_ROOT || focus->focus == m_connection.root())
-        return active;
+    const XcbPtr<xcb_get_input_focus_reply_t> focus(
+        xcb_get_input_focus_reply(m_connection.raw(), xcb_get_input_focus(m_connection.raw()), nullptr));
+    if (!focus || focus->focus == XCB_INPUT_FOCUS_POINTER_ROOT || focus->focus == m_connection.root())
+        return XCB_NONE;
     return focus->focus;
 }
 

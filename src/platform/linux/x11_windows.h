@@ -56,11 +56,13 @@ public:
 
     X11Windows(X11Connection& connection, Memory memory) : m_connection(connection), m_memory(memory) { }
 
+    /// What the window manager calls active; none if it calls none so. Need not exist any more: some window managers go on
+    /// naming the last window when all are closed.
     [[nodiscard]] xcb_window_t activeWindow();
 
-    /// The active window; with none, the one that the keyboard writes to, which then no window manager looks after. May be a
+    /// What the keyboard writes to; none if it follows the pointer. May be a window that no window manager looks after, or a
     /// window manager's own, out of everyone's sight.
-    [[nodiscard]] xcb_window_t keyboardWindow();
+    [[nodiscard]] xcb_window_t focusWindow();
 
     /// A followed memory forgets what is no longer here.
     [[nodiscard]] X11Desktop desktop();

@@ -43,150 +43,6 @@ public:
     std::size_t errorPlace = 0;
 };
 
-/// Qt's own decoding drops a byte order mark at the beginning; a text may well begin with that character.
-QString decoded(const std::string& utf8)
-{
-    const QByteArrayView bytes(utf8.data(), static_cast<qsizetype>(utf8.size()));
-    if (!bytes.startsWith(byteOrderMark))
-        return QString::fromUtf8(bytes);
-    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom);
-    return decoder.decode(bytes);
-}
-
-/// Reads one value that is known to be JSON, without building anything that has none of our types.
-class ValueReader : public Grammar {
-public:
-    bool null() override { return foreign(); }
-    bool boolean(bool) override { return foreign(); }
-    bool number_integer(number_integer_t) override { return foreign(); }
-    bool number_unsigned(number_unsigned_t) override { return foreign(); }
-    bool number_float(number_float_t, const string_t&) override { return foreign(); }
-    bool string(string_t& text) override
-    {
-        switch (m_place) {
-        case Place::outermost:
-            m_value = QByteArray(text.data(), static_cast<qsizetype>(text.size()));
-            return true;
-        case Place::array:
-            std::get<QStringList>(m_value).append(decoded(text));
-            return true;
-        case Place::object:
-            return encodedData(text);
-        }
-        return foreign();
-    }
-    bool start_array(std::size_t) override
-    {
-        if (m_place != Place::outermost)
-            return foreign();
-        m_place = Place::array;
-        m_value = QStringList();
-        return true;
-    }
-    bool start_object(std::size_t) override
-    {
-        if (m_place != Place::outermost)
-            return foreign();
-        m_place = Place::object;
-        return true;
-    }
-    bool key(string_t& text) override
-    {
-        // A second member makes it somebody else's object.
-        return std::exchange(m_hasMember, true) || text != "base64" ? foreign() : true;
-    }
-
-    [[nodiscard]] StoredValue take() { return std::move(m_value); }
-
-private:
-    enum class Place { outermost, array, object };
-
-    bool foreign()
-    {
-        m_value = ForeignValue();
-        return false;
-    }
-
-    bool encodedData(const std::string& text)
-    {
-        const QByteArray encoded(text.data(), static_cast<qsizetype>(text.size()));
-        auto data = QByteArray::fromBase64Encoding(encoded, QByteArray::Base64Encoding | QByteArray::AbortOnBase64DecodingErrors);
-        if (!data)
-            return foreign();
-        m_value = std::move(data.decoded);
-        return true;
-    }
-
-    StoredValue m_value = ForeignValue();
-    Place m_place = Place::outermost;
-    bool m_hasMember = false;
-};
-
-StoredValue readValue(QByteArrayView text)
-{
-    ValueReader reader;
-    json::sax_parse(text.begin(), text.end(), &reader);
-    return reader.take();
-}
-
-void appendQuoted(QByteArray& text, std::string&& utf8)
-{
-    const bool isPlain = std::ranges::all_of(utf8, [](char unit) { return unit >= ' ' && unit <= '~' && unit != '"' && unit != '\\'; });
-    if (isPlain) {
-        text.append('"').append(utf8.data(), static_cast<qsizetype>(utf8.size())).append('"');
-        return;
-    }
-    const std::string quoted = json(std::move(utf8)).dump(-1, ' ', false, json::error_handler_t::replace);
-    text.append(quoted.data(), static_cast<qsizetype>(quoted.size()));
-}
-
-/// UTF-8 of any text: what is not Unicode in it becomes U+FFFD, where Qt would put a question mark.
-std::string encoded(const QString& text)
-{
-    if (text.isValidUtf16())
-        return text.toStdString();
-    QString mended = text;
-    for (qsizetype i = 0; i < mended.size(); ++i) {
-        const QChar unit = mended.at(i);
-        if (!unit.isSurrogate())
-            continue;
-        if (unit.isHighSurrogate() && i + 1 < mended.size() && mended.at(i + 1).isLowSurrogate())
-            ++i;
-        else
-            mended[i] = QChar::ReplacementCharacter;
-    }
-    return mended.toStdString();
-}
-
-QByteArray quotedKey(const QString& key)
-{
-    QByteArray text;
-    appendQuoted(text, encoded(key));
-    return text;
-}
-
-/// `value` as JSON that stands as a member of the outermost object, laid out for a person to read.
-QByteArray written(const QStringList& value)
-{
-    if (value.isEmpty())
-        return "[]"_ba;
-    QByteArray text = "["_ba;
-    for (const QString& element : value) {
-        text.append(text.size() == 1 ? "\n        " : ",\n        ");
-        appendQuoted(text, encoded(element));
-    }
-    return text.append("\n    ]");
-}
-
-QByteArray written(const QByteArray& value)
-{
-    if (!value.isValidUtf8())
-        return R"({"base64": ")"_ba + value.toBase64() + R"("})"_ba;
-    QByteArray text;
-    appendQuoted(text, value.toStdString());
-    return text;
-}
-
 bool isSpace(char unit)
 {
     return unit == ' ' || unit == '\t' || unit == '\n' || unit == '\r';
@@ -229,6 +85,15 @@ public:
         m_place = std::min(m_place + 1, m_text.size());
     }
 
+    /// A text whole, anything else a character at a time.
+    void skipPart()
+    {
+        if (isAt('"'))
+            skipString();
+        else
+            ++m_place;
+    }
+
     void skipValue()
     {
         qsizetype depth = 0;
@@ -252,6 +117,185 @@ private:
     QByteArrayView m_text;
     qsizetype m_place = 0;
 };
+
+/// Qt's own decoding drops a byte order mark at the beginning; a text may well begin with that character.
+QString decoded(QByteArrayView utf8)
+{
+    if (!utf8.startsWith(byteOrderMark))
+        return QString::fromUtf8(utf8);
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom);
+    return decoder.decode(utf8);
+}
+
+/// Reads a value that is known to be JSON and is no array, without building anything that has none of our types.
+class ValueReader : public Grammar {
+public:
+    bool null() override { return foreign(); }
+    bool boolean(bool) override { return foreign(); }
+    bool number_integer(number_integer_t) override { return foreign(); }
+    bool number_unsigned(number_unsigned_t) override { return foreign(); }
+    bool number_float(number_float_t, const string_t&) override { return foreign(); }
+    bool string(string_t& text) override
+    {
+        QByteArray bytes(text.data(), static_cast<qsizetype>(text.size()));
+        if (m_isInObject)
+            return encodedData(bytes);
+        m_value = std::move(bytes);
+        return true;
+    }
+    bool start_array(std::size_t) override { return foreign(); }
+    bool start_object(std::size_t) override { return std::exchange(m_isInObject, true) ? foreign() : true; }
+    // A second member makes it somebody else's object.
+    bool key(string_t& text) override { return std::exchange(m_hasMember, true) || text != "base64" ? foreign() : true; }
+
+    [[nodiscard]] StoredValue take() { return std::move(m_value); }
+
+private:
+    bool foreign()
+    {
+        m_value = ForeignValue();
+        return false;
+    }
+
+    bool encodedData(const QByteArray& text)
+    {
+        auto data = QByteArray::fromBase64Encoding(text, QByteArray::Base64Encoding | QByteArray::AbortOnBase64DecodingErrors);
+        if (!data)
+            return foreign();
+        m_value = std::move(data.decoded);
+        return true;
+    }
+
+    StoredValue m_value = ForeignValue();
+    bool m_isInObject = false;
+    bool m_hasMember = false;
+};
+
+StoredValue readSingle(QByteArrayView text)
+{
+    ValueReader reader;
+    json::sax_parse(text.begin(), text.end(), &reader);
+    return reader.take();
+}
+
+/// The bytes of a JSON text; `spelling` has the quotation marks.
+QByteArray bytesOf(QByteArrayView spelling)
+{
+    if (spelling.contains('\\'))
+        return std::get<QByteArray>(readSingle(spelling));
+    return spelling.sliced(1, spelling.size() - 2).toByteArray();
+}
+
+/// An array that is known to be JSON. The lists are long, and nearly all of their texts need no more than copying.
+StoredValue readArray(QByteArrayView text)
+{
+    QStringList texts;
+    Walk walk(text);
+    walk.take('[');
+    walk.skipSpace();
+    if (walk.isAt(']'))
+        return texts;
+    do {
+        walk.skipSpace();
+        if (!walk.isAt('"'))
+            return ForeignValue();
+        const qsizetype begin = walk.place();
+        walk.skipString();
+        const QByteArrayView spelling = text.sliced(begin, walk.place() - begin);
+        texts.append(spelling.contains('\\') ? decoded(bytesOf(spelling)) : decoded(spelling.sliced(1, spelling.size() - 2)));
+        walk.skipSpace();
+    } while (walk.take(','));
+    return texts;
+}
+
+StoredValue readValue(QByteArrayView text)
+{
+    return text.startsWith('[') ? readArray(text) : readSingle(text);
+}
+
+/// Whether two JSON values are the same but for the space between their parts.
+bool differOnlyInSpace(QByteArrayView left, QByteArrayView right)
+{
+    Walk l(left);
+    Walk r(right);
+    while (true) {
+        l.skipSpace();
+        r.skipSpace();
+        if (l.isAtEnd() || r.isAtEnd())
+            return l.isAtEnd() && r.isAtEnd();
+        const qsizetype leftBegin = l.place();
+        const qsizetype rightBegin = r.place();
+        l.skipPart();
+        r.skipPart();
+        if (left.sliced(leftBegin, l.place() - leftBegin) != right.sliced(rightBegin, r.place() - rightBegin))
+            return false;
+    }
+}
+
+template <typename Units>
+bool needsNoEscape(const Units& units)
+{
+    return std::ranges::all_of(units, [](auto unit) { return unit >= u' ' && unit <= u'~' && unit != u'"' && unit != u'\\'; });
+}
+
+void appendQuoted(QByteArray& text, const QByteArray& utf8)
+{
+    if (needsNoEscape(utf8)) {
+        text.append('"').append(utf8).append('"');
+        return;
+    }
+    const std::string quoted = json(utf8.toStdString()).dump(-1, ' ', false, json::error_handler_t::replace);
+    text.append(quoted.data(), static_cast<qsizetype>(quoted.size()));
+}
+
+/// What is not Unicode in `string` becomes U+FFFD, where Qt would put a question mark.
+void appendQuoted(QByteArray& text, const QString& string)
+{
+    if (needsNoEscape(string)) {
+        text.append('"').append(string.toLatin1()).append('"');
+        return;
+    }
+    QString mended = string;
+    for (qsizetype i = 0; i < mended.size(); ++i) {
+        const QChar unit = mended.at(i);
+        if (!unit.isSurrogate())
+            continue;
+        if (unit.isHighSurrogate() && i + 1 < mended.size() && mended.at(i + 1).isLowSurrogate())
+            ++i;
+        else
+            mended[i] = QChar::ReplacementCharacter;
+    }
+    appendQuoted(text, mended.toUtf8());
+}
+
+QByteArray quotedKey(const QString& key)
+{
+    QByteArray text;
+    appendQuoted(text, key);
+    return text;
+}
+
+/// `value` as JSON that stands as a member of the outermost object, laid out for a person to read.
+QByteArray written(const QStringList& value)
+{
+    if (value.isEmpty())
+        return "[]"_ba;
+    QByteArray text = "["_ba;
+    for (const QString& element : value) {
+        text.append(text.size() == 1 ? "\n        " : ",\n        ");
+        appendQuoted(text, element);
+    }
+    return text.append("\n    ]");
+}
+
+QByteArray written(const QByteArray& value)
+{
+    if (!value.isValidUtf8())
+        return R"({"base64": ")"_ba + value.toBase64() + R"("})"_ba;
+    QByteArray text;
+    appendQuoted(text, value);
+    return text;
+}
 
 } // namespace
 
@@ -329,11 +373,7 @@ bool spells(QByteArrayView spelling, const QByteArray& quoted, const QString& ke
 {
     if (spelling == quoted)
         return true;
-    if (!spelling.contains('\\'))
-        return false;
-    const StoredValue text = readValue(spelling);
-    const auto* bytes = std::get_if<QByteArray>(&text);
-    return bytes && decoded(bytes->toStdString()) == key;
+    return spelling.contains('\\') && decoded(bytesOf(spelling)) == key;
 }
 
 } // namespace
@@ -341,7 +381,8 @@ bool spells(QByteArrayView spelling, const QByteArray& quoted, const QString& ke
 const StoredObject::Member* StoredObject::find(const QString& key) const
 {
     const QByteArray quoted = quotedKey(key);
-    const auto found = std::ranges::find_if(m_members.rbegin(), m_members.rend(), [&](const Member& member) { return spells(keyText(member), quoted, key); });
+    const auto found
+        = std::ranges::find_if(m_members.rbegin(), m_members.rend(), [&](const Member& member) { return spells(keyText(member), quoted, key); });
     return found == m_members.rend() ? nullptr : &*found;
 }
 
@@ -364,7 +405,7 @@ bool StoredObject::set(const QString& key, const StoredValue& value)
         return false;
 
     if (const Member* member = find(key)) {
-        if (valueText(*member) == spelling || readValue(valueText(*member)) == value)
+        if (differOnlyInSpace(valueText(*member), spelling))
             return true;
         m_text.replace(member->valueBegin, member->valueEnd - member->valueBegin, spelling);
     } else {
@@ -413,9 +454,7 @@ bool StoredObject::holdsTheSameAs(const StoredObject& other) const
     const auto valuesByKey = [](const StoredObject& object) {
         QHash<QByteArray, QByteArrayView> values;
         for (const Member& member : object.m_members) {
-            const QByteArrayView spelling = object.keyText(member);
-            const QByteArray key = spelling.contains('\\') ? std::get<QByteArray>(readValue(spelling)) : spelling.sliced(1, spelling.size() - 2).toByteArray();
-            values.insert(key, object.valueText(member));
+            values.insert(bytesOf(object.keyText(member)), object.valueText(member));
         }
         return values;
     };

@@ -36,8 +36,8 @@ private Q_SLOTS:
 
         QTest::newRow("no texts") << StoredValue(QStringList());
         QTest::newRow("one empty text") << StoredValue(QStringList { QString() });
-        QTest::newRow("texts in their order, twice the same") << StoredValue(
-            QStringList { QStringLiteral("b.example"), QStringLiteral("a.example"), QStringLiteral("b.example") });
+        QTest::newRow("texts in their order, twice the same")
+            << StoredValue(QStringList { QStringLiteral("b.example"), QStringLiteral("a.example"), QStringLiteral("b.example") });
         QTest::newRow("texts that need care") << StoredValue(QStringList { QStringLiteral("\"quoted\\\""), QStringLiteral("line\nbreak\ttab"),
             QStringLiteral("\u00e4\u4e2d\U0001F451"), QString(QChar(u'\0')), QStringLiteral("\uFEFFmark"), QStringLiteral("\u2028") });
         QTest::newRow("no data") << StoredValue(QByteArray(""));
@@ -115,4 +115,3 @@ private Q_SLOTS:
 };
 
 } // namespace orvanta
-

@@ -40,11 +40,11 @@ public:
     std::unique_ptr<BreathingClock> clock = std::make_unique<BreathingClock>();
 };
 
-/// How many frames `still` shows while another window breathes for a good while.
+/// How many frames `still` shows while another window breathes for a good while; what was under way before is let pass.
 int framesMeanwhile(ClockWindow& still)
 {
     ClockWindow breathing;
-    if (!breathing.show())
+    if (!breathing.show() || !QTest::qWaitFor([&] { return breathing.frames >= 3; }, patience))
         return -1;
     still.frames = 0;
     breathing.frames = 0;

@@ -69,7 +69,7 @@ private Q_SLOTS:
         constexpr int side = 500;
         const QImage picture = GlowPicture(side, side, 2 * side).paint(light, OrvantaPalette::gold(), OrvantaPalette::midnight());
         QCOMPARE(picture.size(), QSize(side, side));
-        for (int radius = 8; radius < side / 2 - 8; radius += 20) {
+        for (int radius = 30; radius < side / 2 - 8; radius += 20) {
             constexpr int patch = 8;
             double red = 0;
             for (int y = -patch; y < patch; ++y) {

@@ -75,9 +75,9 @@ private Q_SLOTS:
 
     void escapesAreResolved()
     {
-        QCOMPARE(withGroup(R"(Name=a\sb\tc\nd\\e\q)").name, std::optional(u"a b\tc\nd\\e\\q"_s));
-        QCOMPARE(withGroup(R"(Name=at the end\)").name, std::optional(u"at the end\\"_s));
-        QCOMPARE(withGroup(R"(OnlyShowIn=a\;b;c;;d)").onlyShowIn, std::optional(QStringList({ u"a;b"_s, u"c"_s, u""_s, u"d"_s })));
+        QCOMPARE(withGroup("Name=a\\sb\\tc\\nd\\\\e\\q").name, std::optional(u"a b\tc\nd\\e\\q"_s));
+        QCOMPARE(withGroup("Name=at the end\\").name, std::optional(u"at the end\\"_s));
+        QCOMPARE(withGroup("OnlyShowIn=a\\;b;c;;d").onlyShowIn, std::optional(QStringList({ u"a;b"_s, u"c"_s, u""_s, u"d"_s })));
         QCOMPARE(withGroup("OnlyShowIn=").onlyShowIn, std::optional(QStringList()));
     }
 
@@ -136,10 +136,11 @@ private Q_SLOTS:
         QTest::newRow("field codes") << u"editor %U --icon %i"_s << QStringList({ u"editor"_s, u"--icon"_s });
         QTest::newRow("field code in a word") << u"editor --file=%f"_s << QStringList({ u"editor"_s, u"--file="_s });
         QTest::newRow("per cent") << u"editor 100%%"_s << QStringList({ u"editor"_s, u"100%"_s });
-        QTest::newRow("quoted") << uR"("/opt/My Editor/run" "a \"b\" \\ \$c")"_s << QStringList({ u"/opt/My Editor/run"_s, uR"(a "b" \ $c)"_s });
-        QTest::newRow("empty word") << uR"(editor "")"_s << QStringList({ u"editor"_s, u""_s });
+        QTest::newRow("quoted") << u"\"/opt/My Editor/run\" \"a \\\"b\\\" \\\\ \\$c\""_s
+                                << QStringList({ u"/opt/My Editor/run"_s, u"a \"b\" \\ $c"_s });
+        QTest::newRow("empty word") << u"editor \"\""_s << QStringList({ u"editor"_s, u""_s });
         QTest::newRow("many spaces") << u"  editor \t x "_s << QStringList({ u"editor"_s, u"x"_s });
-        QTest::newRow("never closed") << uR"(editor "x)"_s << QStringList();
+        QTest::newRow("never closed") << u"editor \"x"_s << QStringList();
         QTest::newRow("empty") << u""_s << QStringList();
         QTest::newRow("per cent at the end") << u"editor %"_s << QStringList({ u"editor"_s, u"%"_s });
     }

@@ -38,7 +38,10 @@ class TestFakeCloudStore : public CloudStoreContract {
 
     std::unique_ptr<CloudStore> makeCloudStore() override { return std::make_unique<FakeCloudStore>(); }
     std::unique_ptr<KeyValueStore> reopened(std::unique_ptr<KeyValueStore> store) override { return store; }
-    void leaveForeignValue(KeyValueStore& store, const QString& key) override { static_cast<FakeCloudStore&>(store).local.values[key] = ForeignValue(); }
+    void leaveForeignValue(KeyValueStore& store, const QString& key) override
+    {
+        static_cast<FakeCloudStore&>(store).local.values[key] = ForeignValue();
+    }
     void changeElsewhere(CloudStore& store, const QString& key, const StoredValue& value) override
     {
         static_cast<FakeCloudStore&>(store).sendFromElsewhere(key, value);
@@ -60,7 +63,10 @@ class TestFakeMotionPreference : public MotionPreferenceContract {
     Q_OBJECT
 
     std::unique_ptr<MotionPreference> makePreference() override { return std::make_unique<FakeMotionPreference>(); }
-    void turn(MotionPreference& preference, bool reduceMotion) override { static_cast<FakeMotionPreference&>(preference).setReduceMotion(reduceMotion); }
+    void turn(MotionPreference& preference, bool reduceMotion) override
+    {
+        static_cast<FakeMotionPreference&>(preference).setReduceMotion(reduceMotion);
+    }
 };
 
 int main(int argc, char** argv)
@@ -71,7 +77,8 @@ int main(int argc, char** argv)
     TestFakeSecretStore secretStore;
     TestFakeMotionPreference motionPreference;
     int failures = 0;
-    for (QObject* test : { static_cast<QObject*>(&keyValueStore), static_cast<QObject*>(&cloudStore), static_cast<QObject*>(&secretStore), static_cast<QObject*>(&motionPreference) })
+    for (QObject* test : { static_cast<QObject*>(&keyValueStore), static_cast<QObject*>(&cloudStore), static_cast<QObject*>(&secretStore),
+             static_cast<QObject*>(&motionPreference) })
         failures += QTest::qExec(test, argc, argv);
     return failures == 0 ? 0 : 1;
 }

@@ -224,7 +224,8 @@ private Q_SLOTS:
         QVERIFY(replaceByRename(m_path, "{ \"theirs\": {\"a\": [1.00, null]}, \"blockedDomains\": [], \"later\": 1e2 }"));
         QVERIFY(store.setValue(domains, QStringList()));
         QVERIFY(store.setValue(u"blockedApplications"_s, "[]"_ba));
-        QCOMPARE(contentOf(m_path), "{ \"theirs\": {\"a\": [1.00, null]}, \"blockedDomains\": [], \"later\": 1e2,\n    \"blockedApplications\": \"[]\" }"_ba);
+        QCOMPARE(contentOf(m_path),
+            "{ \"theirs\": {\"a\": [1.00, null]}, \"blockedDomains\": [], \"later\": 1e2,\n    \"blockedApplications\": \"[]\" }"_ba);
     }
 
     void whatArrivesAtTheMomentOfOurWriteIsToldUnlessItIsOverwritten()
@@ -251,8 +252,9 @@ private Q_SLOTS:
         SyncedFolderStore store(m_folder);
         int told = 0;
         const auto observer = store.observeExternalChanges([&] { ++told; });
-        const QStringList others { u"orvanta-focus (conflicted copy 2026-01-01).json"_s, u"orvanta-focus.sync-conflict-20260101-101010-ABCDEFG.json"_s,
-            u".syncthing.orvanta-focus.json.tmp"_s, u".orvanta-focus.json.~1a2b"_s, u"orvanta-focus.json.part"_s, u"~orvanta-focus.json"_s };
+        const QStringList others { u"orvanta-focus (conflicted copy 2026-01-01).json"_s,
+            u"orvanta-focus.sync-conflict-20260101-101010-ABCDEFG.json"_s, u".syncthing.orvanta-focus.json.tmp"_s, u".orvanta-focus.json.~1a2b"_s,
+            u"orvanta-focus.json.part"_s, u"~orvanta-focus.json"_s };
         for (const QString& other : others)
             QVERIFY(writeInPlace(m_folder + u'/' + other, withDomain("conflict.example")));
         QVERIFY(store.setValue(u"mine"_s, "1"_ba));

@@ -19,7 +19,8 @@ const OwnApplication nobody;
 
 } // namespace
 
-/// With real applications: one that names itself as GTK's do, one that is known by its class, and one without a desktop entry.
+/// With real applications: one that names itself as GTK's do, one that is known by its class, and
+/// one that says nothing of itself.
 class TestX11ActivationMonitor : public ActivationMonitorContract {
     Q_OBJECT
 
@@ -57,7 +58,7 @@ private Q_SLOTS:
         m_client = std::make_unique<X11TestClient>();
         m_first = std::make_unique<StartedApplication>(*m_client, u"mousepad"_s);
         m_second = std::make_unique<StartedApplication>(*m_client, u"xterm"_s);
-        m_nameless = std::make_unique<StartedApplication>(*m_client, u"xclock"_s);
+        m_nameless = std::make_unique<StartedApplication>(*m_client, u"xev"_s);
         QVERIFY(m_first->waitForWindows(1));
         QVERIFY(m_second->waitForWindows(1));
         QVERIFY(m_nameless->waitForWindows(1));
@@ -171,6 +172,8 @@ private Q_SLOTS:
         QWindow window;
         window.resize(200, 200);
         window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window, patience));
+        m_client->activate(static_cast<xcb_window_t>(window.winId()));
         QTRY_COMPARE_WITH_TIMEOUT(named(told), Told({ u"own.desktop"_s }), patience);
     }
 

@@ -24,7 +24,8 @@ using Use = X11RunningApplications::Use;
 
 } // namespace
 
-/// With real applications: an editor with two windows in one process, a calculator, and a clock without a desktop entry.
+/// With real applications: an editor with two windows in one process, a calculator, and a program that says nothing of
+/// itself.
 class TestX11RunningApplications : public RunningApplicationsContract {
     Q_OBJECT
 
@@ -82,7 +83,7 @@ private Q_SLOTS:
         QFile one(m_folder.filePath(u"one.txt"_s));
         QFile two(m_folder.filePath(u"two.txt"_s));
         QVERIFY(one.open(QFile::WriteOnly) && two.open(QFile::WriteOnly));
-        m_nameless = std::make_unique<StartedApplication>(*m_client, u"xclock"_s);
+        m_nameless = std::make_unique<StartedApplication>(*m_client, u"xev"_s);
         m_second = std::make_unique<StartedApplication>(*m_client, u"galculator"_s);
         m_first = std::make_unique<StartedApplication>(*m_client, u"mousepad"_s, QStringList { one.fileName() });
         QVERIFY(m_nameless->waitForWindows(1));
@@ -113,6 +114,17 @@ private Q_SLOTS:
         applications->hide(identifierOf(Running::first));
         for (const xcb_window_t window : windows)
             QTRY_VERIFY_WITH_TIMEOUT(!m_client->isViewable(window), patience);
+    }
+
+    void anApplicationThatNeverTakesTheKeyboardIsListedUnderItsClass()
+    {
+        StartedApplication clock(*m_client, u"xclock"_s);
+        QVERIFY(clock.waitForWindows(1));
+        X11RunningApplications applications(m_use, nobody);
+        const auto found = find(applications.all(), u"XClock"_s);
+        QVERIFY(found.has_value());
+        QCOMPARE(*found, (RunningApplication { .bundleIdentifier = std::nullopt, .localizedName = u"XClock"_s }));
+        QCOMPARE(find(applications.all(), u"xev"_s), std::optional(RunningApplication { .bundleIdentifier = std::nullopt, .localizedName = u"xev"_s }));
     }
 
     void everyProcessOfTheApplicationIsHidden()

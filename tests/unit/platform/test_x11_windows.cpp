@@ -238,7 +238,7 @@ private Q_SLOTS:
 
         X11Windows windows(*m_connection, X11Windows::Memory::followed);
         QCOMPARE(windows.activeWindow(), xcb_window_t { XCB_NONE });
-        QCOMPARE(windows.keyboardWindow(), xcb_window_t { XCB_NONE });
+        QCOMPARE(windows.focusWindow(), xcb_window_t { XCB_NONE });
         QVERIFY(windows.desktop().clients.empty());
         QVERIFY(windows.describe(std::array { window }).empty());
         QVERIFY(windows.rootChildren().empty());

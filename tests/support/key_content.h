@@ -1,0 +1,47 @@
+#pragma once
+
+#include "platform/overlay_panels.h"
+
+#include <QKeyEvent>
+#include <QQuickItem>
+
+#include <memory>
+
+namespace orvanta::testing {
+
+/// The least that a panel can show: an item that runs its action on Return.
+class KeyItem : public QQuickItem {
+public:
+    std::optional<Callback<>> acknowledge;
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override
+    {
+        if (event->key() == Qt::Key_Return && acknowledge)
+            (*acknowledge)();
+    }
+};
+
+class KeyContent : public OverlayContent {
+public:
+    KeyContent() : m_item(std::make_unique<KeyItem>()) { m_item->setFocus(true); }
+
+    [[nodiscard]] QQuickItem& item() override { return *m_item; }
+    void setAcknowledge(std::optional<Callback<>> acknowledge) override { m_item->acknowledge = std::move(acknowledge); }
+
+private:
+    std::unique_ptr<KeyItem> m_item;
+};
+
+class KeyContentFactory : public OverlayContentFactory {
+public:
+    [[nodiscard]] std::unique_ptr<OverlayContent> make() override
+    {
+        ++made;
+        return std::make_unique<KeyContent>();
+    }
+
+    int made = 0;
+};
+
+} // namespace orvanta::testing
