@@ -44,7 +44,10 @@ void addApplication(std::vector<BlockedApplication>& list, BlockedApplication ap
     order.reserve(list.size());
     for (std::size_t index = 0; index < list.size(); ++index)
         order.push_back({ collator.sortKey(list[index].displayName), index });
-    std::ranges::stable_sort(order, [](const Keyed& left, const Keyed& right) { return left.key.compare(right.key) < 0; });
+    std::ranges::sort(order, [](const Keyed& left, const Keyed& right) {
+        const int compared = left.key.compare(right.key);
+        return compared != 0 ? compared < 0 : left.index < right.index; // equal names keep their order
+    });
 
     std::vector<BlockedApplication> sorted;
     sorted.reserve(list.size());
