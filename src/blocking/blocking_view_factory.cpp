@@ -56,11 +56,7 @@ private:
 
 } // namespace
 
-BlockingViewFactory::BlockingViewFactory(QQmlEngine& engine, MotionPreference& preference)
-    : m_engine(engine)
-    , m_motion(preference)
-{
-}
+BlockingViewFactory::BlockingViewFactory(QQmlEngine& engine, MotionPreference& preference) : m_engine(engine), m_motion(preference) { }
 
 BlockingViewFactory::~BlockingViewFactory() = default;
 
@@ -78,7 +74,8 @@ std::unique_ptr<OverlayContent> BlockingViewFactory::make()
 
     QQmlEngine::setObjectOwnership(item, QQmlEngine::CppOwnership);
     item->setParent(&m_items);
-    QObject::connect(&m_motion, &MotionSettings::reduceMotionChanged, item, [this, item] { item->setProperty(reduceMotion, m_motion.reduceMotion()); });
+    QObject::connect(
+        &m_motion, &MotionSettings::reduceMotionChanged, item, [this, item] { item->setProperty(reduceMotion, m_motion.reduceMotion()); });
     return std::make_unique<BlockingViewContent>(*item);
 }
 

@@ -31,9 +31,7 @@ double wallClock()
 
 } // namespace
 
-BreathingClock::BreathingClock(QQuickItem* parent)
-    : QQuickItem(parent)
-    , m_timeSource(wallClock)
+BreathingClock::BreathingClock(QQuickItem* parent) : QQuickItem(parent), m_timeSource(wallClock)
 {
     m_timer.setTimerType(Qt::PreciseTimer);
     connect(&m_timer, &QTimer::timeout, this, &BreathingClock::step);

@@ -10,8 +10,7 @@
 
 namespace orvanta {
 
-Crown::Crown(QQuickItem* parent)
-    : QQuickItem(parent)
+Crown::Crown(QQuickItem* parent) : QQuickItem(parent)
 {
     setFlag(ItemHasContents);
     connect(this, &Crown::picturesChanged, this, &Crown::invalidate);
@@ -81,7 +80,11 @@ QSGNode* Crown::updatePaintNode(QSGNode* node, UpdatePaintNodeData* /*data*/)
     }
     if (std::exchange(m_isTextureStale, false))
         image->setTexture(window()->createTextureFromImage(m_picture));
-    image->setRect(m_place);
+    // On a display whose scale is no whole number the item may begin between two pixels; the picture must not.
+    const double devicePixelRatio = window()->effectiveDevicePixelRatio();
+    const QPointF corner = mapToScene(m_place.topLeft()) * devicePixelRatio;
+    const QPointF pixel(std::round(corner.x()), std::round(corner.y()));
+    image->setRect(m_place.translated((pixel - corner) / devicePixelRatio));
     return image;
 }
 

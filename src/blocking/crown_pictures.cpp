@@ -11,11 +11,7 @@ constexpr qsizetype sizesKept = 3;
 
 } // namespace
 
-CrownPictures::CrownPictures(QObject* parent)
-    : QObject(parent)
-    , m_pictures(sizesKept)
-{
-}
+CrownPictures::CrownPictures(QObject* parent) : QObject(parent), m_pictures(sizesKept) { }
 
 CrownPictures::~CrownPictures() = default;
 

@@ -17,8 +17,7 @@ constexpr double coarseness = 2;
 
 } // namespace
 
-Glow::Glow(QQuickItem* parent)
-    : QQuickItem(parent)
+Glow::Glow(QQuickItem* parent) : QQuickItem(parent)
 {
     setFlag(ItemHasContents);
     connect(this, &Glow::lightChanged, this, &Glow::update);
@@ -53,8 +52,11 @@ QSGNode* Glow::updatePaintNode(QSGNode* node, UpdatePaintNodeData* /*data*/)
     }
     if (!m_picture)
         m_picture.emplace(static_cast<int>(std::lround(2 * reach / coarseness)), m_endRadius, frameRadius);
-    const QImage picture = m_picture->paint({ m_innerOpacity, m_middleOpacity, m_layerOpacity }, OrvantaPalette::gold(), OrvantaPalette::midnight());
-    image->setTexture(window()->createTextureFromImage(picture, QQuickWindow::TextureIsOpaque));
+    QImage picture = m_picture->paint({ m_innerOpacity, m_middleOpacity, m_layerOpacity }, OrvantaPalette::gold(), OrvantaPalette::midnight());
+    // It is opaque, but must not be taken for it: the renderer would leave out the background under the outermost pixels, of
+    // which it may cover half, and they would keep what the frame before had painted there.
+    picture.reinterpretAsFormat(QImage::Format_ARGB32_Premultiplied);
+    image->setTexture(window()->createTextureFromImage(picture));
     image->setRect(QRectF(width() / 2 - reach, height() / 2 - reach, 2 * reach, 2 * reach));
     return image;
 }

@@ -21,7 +21,6 @@ public:
         double innerOpacity;
         double middleOpacity;
         double layerOpacity;
-        bool operator==(const Light&) const = default;
     };
 
     /// Where the light is wider than its frame it starts to fade at this share of the way to the frame's side: a light has

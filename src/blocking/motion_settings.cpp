@@ -8,8 +8,7 @@
 
 namespace orvanta {
 
-MotionSettings::MotionSettings(MotionPreference& preference)
-    : m_reduceMotion(preference.reduceMotion())
+MotionSettings::MotionSettings(MotionPreference& preference) : m_reduceMotion(preference.reduceMotion())
 {
     m_subscription = preference.observe([self = QPointer(this)](bool reduceMotion) {
         if (self && std::exchange(self->m_reduceMotion, reduceMotion) != reduceMotion)

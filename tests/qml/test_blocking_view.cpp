@@ -59,7 +59,8 @@ public Q_SLOTS:
     {
         engine->addImportPath(u"qrc:/qt/qml"_s);
         QAccessible::setActive(true);
-        qmlRegisterSingletonType<Accessibility>("Orvanta.Test", 1, 0, "Accessibility", [](QQmlEngine*, QJSEngine*) -> QObject* { return new Accessibility; });
+        qmlRegisterSingletonType<Accessibility>(
+            "Orvanta.Test", 1, 0, "Accessibility", [](QQmlEngine*, QJSEngine*) -> QObject* { return new Accessibility; });
     }
 };
 

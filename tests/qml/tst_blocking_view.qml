@@ -157,7 +157,7 @@ Item {
             const motto = part(view, "motto")
             const quotation = part(view, "quotation")
             const heights = [motto.height, quotation.height]
-            motto.text = "ཀྵྨྱ क्षे Ầ ﷺ"
+            motto.text = "Ầ ﷺ 漢 ฏ๎ไ"
             quotation.text = motto.text
             compare([motto.height, quotation.height], heights)
         }

@@ -2,6 +2,7 @@
 
 #include "platform/key_value_store.h"
 
+#include <cstdint>
 #include <map>
 #include <optional>
 #include <vector>
@@ -10,7 +11,7 @@ namespace orvanta {
 
 /// One call that a fake store received.
 struct StoreCall {
-    enum class Operation { value, setValue, remove, synchronise };
+    enum class Operation : std::uint8_t { value, setValue, remove, synchronise };
 
     Operation operation;
     QString key;

@@ -2,6 +2,7 @@
 
 #include "platform/secret_store.h"
 
+#include <cstdint>
 #include <map>
 #include <utility>
 #include <vector>
@@ -22,7 +23,7 @@ public:
         return item->second;
     }
 
-    enum class Availability { unlocked, locked, unreachable };
+    enum class Availability : std::uint8_t { unlocked, locked, unreachable };
 
     std::map<Item, QByteArray> items;
     Availability availability = Availability::unlocked;

@@ -1,5 +1,7 @@
 #include "support/https_test_server.h"
 
+#include <QDir>
+#include <QFile>
 #include <QHostAddress>
 #include <QSslSocket>
 
@@ -49,13 +51,22 @@ QList<QByteArray> ReceivedRequest::headers(const QByteArray& name) const
 
 RawAnswer answer(int statusCode, const QByteArray& body, const QByteArray& extraHeaders)
 {
-    return { "HTTP/1.1 " + QByteArray::number(statusCode) + " Scripted\r\nContent-Length: " + QByteArray::number(body.size()) + "\r\n" + extraHeaders + "\r\n"
-        + body };
+    return { "HTTP/1.1 " + QByteArray::number(statusCode) + " Scripted\r\nContent-Length: " + QByteArray::number(body.size()) + "\r\n" + extraHeaders
+        + "\r\n" + body };
 }
 
-HttpsTestServer::HttpsTestServer(std::optional<ServerIdentity> identity, Script script)
-    : m_identity(std::move(identity))
-    , m_script(std::move(script))
+int networkThreads()
+{
+    int count = 0;
+    for (const QString& id : QDir(u"/proc/self/task"_s).entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+        QFile file(u"/proc/self/task/%1/comm"_s.arg(id));
+        const QByteArray name = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+        count += name.startsWith("url-session") || name.startsWith("QNetworkAccess") ? 1 : 0;
+    }
+    return count;
+}
+
+HttpsTestServer::HttpsTestServer(std::optional<ServerIdentity> identity, Script script) : m_identity(std::move(identity)), m_script(std::move(script))
 {
     if (!listen(QHostAddress::LocalHost))
         qFatal("test server: %s", qUtf8Printable(errorString()));
@@ -66,7 +77,10 @@ QUrl HttpsTestServer::url(const QString& path) const
     return QUrl(u"%1://127.0.0.1:%2%3"_s.arg(m_identity ? u"https"_s : u"http"_s).arg(serverPort()).arg(path));
 }
 
-int HttpsTestServer::openConnections() const { return static_cast<int>(findChildren<QTcpSocket*>().size()); }
+int HttpsTestServer::openConnections() const
+{
+    return static_cast<int>(findChildren<QTcpSocket*>().size());
+}
 
 void HttpsTestServer::push(const QByteArray& bytes)
 {

@@ -36,6 +36,10 @@ struct RawAnswer {
 /// A well-formed answer.
 [[nodiscard]] RawAnswer answer(int statusCode, const QByteArray& body = {}, const QByteArray& extraHeaders = {});
 
+/// How many threads of network sessions this process still has. They end a moment after their sessions; a process that
+/// ends before them looks to the leak checker as if their TLS library's memory had been lost.
+[[nodiscard]] int networkThreads();
+
 /// A real HTTP server on 127.0.0.1, over TLS if it is given an identity, that answers whatever bytes its script says.
 /// It keeps connections open unless told otherwise, and counts them. Lives in the test's thread, whose event loop it needs.
 class HttpsTestServer : public QTcpServer {

@@ -13,8 +13,13 @@ namespace orvanta::test {
 
 namespace {
 
-template <auto release> struct Release {
-    template <typename T> void operator()(T* object) const { release(object); }
+template <auto release>
+struct Release {
+    template <typename T>
+    void operator()(T* object) const
+    {
+        release(object);
+    }
 };
 
 using Key = std::unique_ptr<EVP_PKEY, Release<EVP_PKEY_free>>;
@@ -99,8 +104,7 @@ struct TestAuthority::Pair {
     Certificate certificate = makeCertificate("Test authority", key.get(), nullptr, Validity::current);
 };
 
-TestAuthority::TestAuthority()
-    : m_pair(std::make_unique<Pair>())
+TestAuthority::TestAuthority() : m_pair(std::make_unique<Pair>())
 {
     X509* const certificate = m_pair->certificate.get();
     addExtension(certificate, certificate, NID_basic_constraints, "critical,CA:TRUE");
@@ -111,13 +115,19 @@ TestAuthority::TestAuthority()
 
 TestAuthority::~TestAuthority() = default;
 
-QSslCertificate TestAuthority::certificate() const { return toQt(m_pair->certificate.get()); }
+QSslCertificate TestAuthority::certificate() const
+{
+    return toQt(m_pair->certificate.get());
+}
 
 ServerIdentity TestAuthority::issue(const QByteArray& names, Validity validity) const
 {
     return serverIdentity(names, validity, m_pair->certificate.get(), m_pair->key.get());
 }
 
-ServerIdentity TestAuthority::selfSigned() { return serverIdentity("DNS:localhost,IP:127.0.0.1", Validity::current, nullptr, nullptr); }
+ServerIdentity TestAuthority::selfSigned()
+{
+    return serverIdentity("DNS:localhost,IP:127.0.0.1", Validity::current, nullptr, nullptr);
+}
 
 } // namespace orvanta::test

@@ -1,10 +1,13 @@
 #include "support/x11_test_desktop.h"
 
+#include <QDir>
 #include <QTest>
 
 #include <algorithm>
 #include <array>
 #include <stdexcept>
+#include <sys/socket.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <xcb/res.h>
 
@@ -22,7 +25,26 @@ std::unique_ptr<X11Connection> opened()
 
 } // namespace
 
-X11TestClient::X11TestClient() : m_connection(opened()), m_windows(*m_connection, X11Windows::Memory::none) { }
+X11TestClient::X11TestClient()
+    : m_connection(opened())
+    , m_windows(*m_connection, X11Windows::Memory::none)
+    , m_clock(xcb_generate_id(m_connection->raw()))
+{
+    const std::uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE;
+    xcb_create_window(m_connection->raw(), XCB_COPY_FROM_PARENT, m_clock, m_connection->root(), 0, 0, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
+        XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &events);
+}
+
+xcb_timestamp_t X11TestClient::serverTime()
+{
+    setText(m_clock, "WM_NAME", {});
+    xcb_timestamp_t time = XCB_CURRENT_TIME;
+    while (const X11Event event = m_connection->nextEvent()) {
+        if ((event->response_type & 0x7f) == XCB_PROPERTY_NOTIFY)
+            time = reinterpret_cast<const xcb_property_notify_event_t*>(event.get())->time;
+    }
+    return time;
+}
 
 xcb_window_t X11TestClient::create(const Look& look)
 {
@@ -90,13 +112,6 @@ void X11TestClient::setText(xcb_window_t window, const QByteArray& property, con
     m_connection->roundTrip();
 }
 
-void X11TestClient::sendToRoot(const xcb_client_message_event_t& message)
-{
-    xcb_send_event(m_connection->raw(), 0, m_connection->root(), XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
-        reinterpret_cast<const char*>(&message));
-    m_connection->roundTrip();
-}
-
 void X11TestClient::activate(xcb_window_t window)
 {
     xcb_client_message_event_t message {};
@@ -105,7 +120,11 @@ void X11TestClient::activate(xcb_window_t window)
     message.window = window;
     message.type = m_connection->atoms().netActiveWindow;
     message.data.data32[0] = 2; // a taskbar speaks for the user
-    sendToRoot(message);
+    // Without its time the server would let an older wish for the keyboard win.
+    message.data.data32[1] = serverTime();
+    xcb_send_event(m_connection->raw(), 0, m_connection->root(), XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
+        reinterpret_cast<const char*>(&message));
+    m_connection->roundTrip();
 }
 
 void X11TestClient::setInputFocus(xcb_window_t window)
@@ -141,28 +160,40 @@ std::vector<xcb_window_t> X11TestClient::windowsOf(qint64 process)
     return result;
 }
 
-std::vector<std::uint32_t> X11TestClient::clientsOfThisProcess()
+std::size_t X11TestClient::clientsOfThisProcess()
 {
     const xcb_res_client_id_spec_t everyone { .client = XCB_NONE, .mask = XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID };
     const XcbPtr<xcb_res_query_client_ids_reply_t> reply(
         xcb_res_query_client_ids_reply(m_connection->raw(), xcb_res_query_client_ids(m_connection->raw(), 1, &everyone), nullptr));
-    std::vector<std::uint32_t> result;
+    std::size_t count = 0;
     if (!reply)
-        return result;
+        return count;
     for (auto id = xcb_res_query_client_ids_ids_iterator(reply.get()); id.rem > 0; xcb_res_client_id_value_next(&id)) {
         if (xcb_res_client_id_value_value_length(id.data) > 0 && *xcb_res_client_id_value_value(id.data) == static_cast<std::uint32_t>(::getpid()))
-            result.push_back(id.data->spec.client);
+            ++count;
     }
-    return result;
+    return count;
 }
 
-void X11TestClient::killClientsOfThisProcess(const std::vector<std::uint32_t>& spared)
+std::vector<int> OpenSockets::list()
 {
-    for (const std::uint32_t client : clientsOfThisProcess()) {
-        if (std::ranges::find(spared, client) == spared.end())
-            xcb_kill_client(m_connection->raw(), client);
+    std::vector<int> sockets;
+    for (const QString& name : QDir(QStringLiteral("/proc/self/fd")).entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot)) {
+        struct stat status { };
+        if (const int descriptor = name.toInt(); ::fstat(descriptor, &status) == 0 && S_ISSOCK(status.st_mode))
+            sockets.push_back(descriptor);
     }
-    m_connection->roundTrip();
+    return sockets;
+}
+
+std::size_t OpenSockets::cutNewOnes() const
+{
+    std::size_t cut = 0;
+    for (const int descriptor : list()) {
+        if (std::ranges::find(m_before, descriptor) == m_before.end() && ::shutdown(descriptor, SHUT_RDWR) == 0)
+            ++cut;
+    }
+    return cut;
 }
 
 StartedApplication::StartedApplication(X11TestClient& client, const QString& program, const QStringList& arguments) : m_client(client)

@@ -59,17 +59,15 @@ public:
     /// The managed windows of a process, oldest first.
     [[nodiscard]] std::vector<xcb_window_t> windowsOf(qint64 process);
 
-    /// Ends the connection of every client of this process that is not Qt's, not this one, and not among `spared`, as the
-    /// server does on request. `spared` is what clients() gave at another time.
-    void killClientsOfThisProcess(const std::vector<std::uint32_t>& spared);
-    /// The server's numbers of this process's clients.
-    [[nodiscard]] std::vector<std::uint32_t> clientsOfThisProcess();
+    /// How many clients of the server this process is.
+    [[nodiscard]] std::size_t clientsOfThisProcess();
 
 private:
-    void sendToRoot(const xcb_client_message_event_t& message);
+    [[nodiscard]] xcb_timestamp_t serverTime();
 
     std::unique_ptr<X11Connection> m_connection;
     X11Windows m_windows;
+    xcb_window_t m_clock; ///< never mapped: what changes on it tells the server's time
 };
 
 /// A real application, from its start to the end of this.
@@ -88,6 +86,20 @@ public:
 private:
     X11TestClient& m_client;
     QProcess m_process;
+};
+
+/// The sockets that this process has open, and what cuts those of them that have come since: the X server then seems to
+/// have gone away.
+class OpenSockets {
+public:
+    OpenSockets() : m_before(list()) { }
+    /// Returns how many were cut.
+    std::size_t cutNewOnes() const;
+
+private:
+    static std::vector<int> list();
+
+    std::vector<int> m_before;
 };
 
 /// Runs a program to its end; whether it succeeded.

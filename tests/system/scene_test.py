@@ -2,43 +2,46 @@
 import unittest
 
 from support import accessible, x11
-from support.programs import Application, Process, Service, store_key
+from support.programs import store_key
+from support.scene import EDITOR, Scene
 from support.waiting import until
 
-MOUSEPAD = ("org.xfce.mousepad.desktop", "Mousepad")
 
-
-class Scene(unittest.TestCase):
+class MainScene(Scene):
     def test_a_task_covers_a_blocked_application_until_the_user_focuses(self):
-        service = Service()
-        self.addCleanup(service.stop)
+        service = self.service()
         store_key(service.key)
-        focus = Application(origin=service.origin, applications=[MOUSEPAD])
-        self.addCleanup(focus.stop)
+        focus = self.focus(origin=service.origin, applications=[EDITOR])
         own_window = focus.own_window()
         accessible.wait_for(focus.pid, name="Orvanta connected")
         accessible.wait_for(focus.pid, name="Focus inactive")
 
         service.start_task()
         accessible.wait_for(focus.pid, name="Orvanta crown")
+        self.assertFalse(focus.covers())
 
-        editor = Process(["mousepad"])
-        self.addCleanup(editor.kill)
-        cover = focus.wait_for_cover()
-        until(lambda: x11.active_window() == cover, "the cover has the keyboard")
-        self.assertEqual(x11.geometry_of(cover), (0, 0, 1920, 1080))
+        editor = self.process("mousepad")
+        cover = self.assert_covered(focus)
         self.assertEqual(x11.stacking()[-1], cover)
         self.assertTrue(accessible.find(focus.pid, name="You own your time, your orvanta."))
+        editor_window = self.window_of(editor)
 
         accessible.press(accessible.wait_for(focus.pid, "push button", "I will focus now"))
-        focus.wait_for_no_cover()
-        until(lambda: not x11.windows(pid=editor.pid), "the editor is hidden")
+        self.assert_uncovered(focus)
+        until(lambda: not x11.is_viewable(editor_window), "the editor is hidden")
+        self.assertTrue(x11.is_iconified(editor_window))
         self.assertTrue(editor.runs())
+
+        x11.activate(editor_window)
+        self.assert_covered(focus)
+        x11.key("Return")
+        self.assert_uncovered(focus)
 
         service.end_task()
         accessible.wait_for(focus.pid, name="Focus inactive")
         self.assertTrue(x11.is_viewable(own_window))
-        self.assertNotIn("not covered", focus.output)
+        self.bring_to_front(editor_window)
+        self.assert_stays_uncovered(focus)
 
 
 if __name__ == "__main__":

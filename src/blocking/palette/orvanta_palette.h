@@ -20,10 +20,10 @@ class OrvantaPalette : public QObject {
 
 public:
     [[nodiscard]] static QColor midnight(); ///< background of the blocking screen
-    [[nodiscard]] static QColor gold(); ///< the glow; the accent
-    [[nodiscard]] static QColor ivory(); ///< light text and surfaces
-    [[nodiscard]] static QColor navy(); ///< dark surfaces
-    [[nodiscard]] static QColor stone(); ///< secondary text
+    [[nodiscard]] static QColor gold();     ///< the glow; the accent
+    [[nodiscard]] static QColor ivory();    ///< light text and surfaces
+    [[nodiscard]] static QColor navy();     ///< dark surfaces
+    [[nodiscard]] static QColor stone();    ///< secondary text
 };
 
 } // namespace orvanta

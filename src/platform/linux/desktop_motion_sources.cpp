@@ -66,13 +66,12 @@ public:
     [[nodiscard]] bool reduceMotion() const override
     {
         // A settings file of a few kilobytes; anything larger is none.
-        constexpr qsizetype limit = 1024 * 1024;
+        constexpr qsizetype limit = 1024LL * 1024;
         // From the user's file to the most general one; the first that has the entry decides.
         for (const QString& file : QStandardPaths::locateAll(QStandardPaths::GenericConfigLocation, u"kdeglobals"_s)) {
-            const auto content = readWholeFile(file, limit);
-            if (!content || !content->has_value())
-                continue;
-            if (const auto factor = animationDurationFactor(**content))
+            const auto content = readWholeFile(file, limit).value_or(std::nullopt);
+            const auto factor = content ? animationDurationFactor(*content) : std::nullopt;
+            if (factor)
                 return *factor == 0;
         }
         return false;

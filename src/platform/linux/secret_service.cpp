@@ -71,9 +71,9 @@ std::optional<QByteArray> SecretService::read(const QString& service, const QStr
 
     // The library ends the process when the shared bus connection is lost, unless it is told not to.
     const Shared<GDBusConnection> bus(g_bus_get_sync(G_BUS_TYPE_SESSION, deadline.cancellable(), nullptr));
-    if (!bus)
+    if (!bus || g_dbus_connection_is_closed(bus.get()))
         return std::nullopt;
-    //MUT g_dbus_connection_set_exit_on_close(bus.get(), FALSE);
+    g_dbus_connection_set_exit_on_close(bus.get(), FALSE);
 
     // A client of our own: the library's shared one would outlive a keyring that is started anew.
     const Shared<::SecretService> keyring(

@@ -142,7 +142,7 @@ Result<std::optional<QByteArray>> readWholeFile(const QString& path, qsizetype l
         size += count;
     }
     if (size > limit)
-        return failure(u"is larger than %1 MiB"_s.arg(limit / (1024 * 1024)));
+        return failure(u"is larger than %1 MiB"_s.arg(limit / (1024LL * 1024)));
     content.truncate(size);
     return content;
 }

@@ -5,12 +5,13 @@
 #include <QByteArray>
 #include <QString>
 
+#include <cstdint>
 #include <optional>
 
 namespace orvanta {
 
 /// Which permissions a file gets when it is replaced. A new file is always its owner's alone.
-enum class FilePermissions { ownerOnly, asBefore };
+enum class FilePermissions : std::uint8_t { ownerOnly, asBefore };
 
 /// The content of the file at `path`, absent when nothing stands there. Anything but a regular file of at most `limit`
 /// bytes is an error, in words that follow "it"; a pipe or a device is never waited for.

@@ -31,16 +31,17 @@ JsonObjectFile::JsonObjectFile(QString path, QString lockPath, FilePermissions p
 
 JsonObjectFile::State JsonObjectFile::read()
 {
-    auto content = readWholeFile(m_path, storedObjectLimit);
-    if (!content) {
-        m_trouble = content.error().description;
+    const auto found = readWholeFile(m_path, storedObjectLimit);
+    if (!found) {
+        m_trouble = found.error().description;
         return m_state = State::notUnderstood;
     }
-    if (!content->has_value())
+    const std::optional<QByteArray>& content = *found;
+    if (!content)
         return m_state = State::absent;
-    if (**content == m_object.text())
+    if (*content == m_object.text())
         return m_state = State::understood;
-    auto object = parseStoredObject(**content);
+    auto object = parseStoredObject(*content);
     if (!object) {
         m_trouble = object.error().description;
         return m_state = State::notUnderstood;
@@ -111,7 +112,7 @@ Result<void> JsonObjectFile::change(const Edit& edit)
 Result<void> JsonObjectFile::write(const StoredObject& object)
 {
     if (object.text().size() > storedObjectLimit)
-        return std::unexpected(notSaved(u"it would be larger than %1 MiB"_s.arg(storedObjectLimit / (1024 * 1024))));
+        return std::unexpected(notSaved(u"it would be larger than %1 MiB"_s.arg(storedObjectLimit / (1024LL * 1024))));
     if (const auto replaced = replaceFile(m_path, object.text(), m_permissions); !replaced) {
         // Where only the very last step failed, the new content stands there without being safe yet. It is our own.
         const bool hadNews = m_hasNews;
@@ -141,8 +142,9 @@ Result<void> JsonObjectFile::moveAsideLocked()
 {
     const auto aside = moveAside(m_path);
     if (!aside) {
-        report(u"%1 %2, and it could not be moved aside: %3"_s.arg(m_path, m_trouble, aside.error().description));
-        return std::unexpected(PlatformError { *m_problem });
+        const QString problem = u"%1 %2, and it could not be moved aside: %3"_s.arg(m_path, m_trouble, aside.error().description);
+        report(problem);
+        return std::unexpected(PlatformError { problem });
     }
     report(u"%1 %2; it was moved aside to %3"_s.arg(m_path, m_trouble, *aside));
     m_state = State::absent;

@@ -7,6 +7,7 @@
 
 #include <QString>
 
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <utility>
@@ -24,7 +25,7 @@ public:
     /// beside the file or elsewhere, out of a sync tool's sight.
     JsonObjectFile(QString path, QString lockPath, FilePermissions permissions);
 
-    enum class State { understood, absent, notUnderstood };
+    enum class State : std::uint8_t { understood, absent, notUnderstood };
 
     /// Takes in what stands in the file now.
     State read();

@@ -305,7 +305,7 @@ std::expected<StoredObject, StoredObjectError> parseStoredObject(const QByteArra
 {
     const auto error = [](const QString& description) { return std::unexpected(StoredObjectError { description }); };
     if (bytes.size() > storedObjectLimit)
-        return error(u"is larger than %1 MiB"_s.arg(storedObjectLimit / (1024 * 1024)));
+        return error(u"is larger than %1 MiB"_s.arg(storedObjectLimit / (1024LL * 1024)));
     if (bytes.isEmpty())
         return error(u"is empty"_s);
     Grammar grammar;

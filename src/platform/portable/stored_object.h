@@ -64,7 +64,7 @@ private:
 };
 
 /// The most that a stored object may measure, in bytes: three times what a million domains take.
-inline constexpr qsizetype storedObjectLimit = 64 * 1024 * 1024;
+inline constexpr qsizetype storedObjectLimit = 64LL * 1024 * 1024;
 
 /// Reads `bytes`, which may be anything at all, in time and memory proportional to their number. Empty or cut-off
 /// content, invalid UTF-8, a value that is no object and anything after it are errors; a byte order mark is not.

@@ -44,9 +44,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, secret);
         const auto store = makeStore();
         put(*store, QStringLiteral("com.orvanta.focus"), QStringLiteral("orvanta-api-key"), secret);
-        const auto found = store->read(QStringLiteral("com.orvanta.focus"), QStringLiteral("orvanta-api-key"));
-        QVERIFY(found);
-        QCOMPARE(*found, secret);
+        QCOMPARE(store->read(QStringLiteral("com.orvanta.focus"), QStringLiteral("orvanta-api-key")), std::optional(secret));
     }
 
     void bothNamesMustFit()

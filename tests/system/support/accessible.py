@@ -55,11 +55,36 @@ def find(pid, role=None, name=None):
     return found
 
 
+def texts(pid):
+    """The names of all that a program shows."""
+    names = []
+    for node in find(pid):
+        try:
+            names.append(node.get_name())
+        except Exception:
+            continue
+    return names
+
+
 def wait_for(pid, role=None, name=None):
-    return until(lambda: next(iter(find(pid, role, name)), None), f"the {role or 'element'} \"{name}\" is in the accessibility tree")
+    return until(
+        lambda: next(iter(find(pid, role, name)), None),
+        lambda: f'the {role or "element"} "{name}" is in the accessibility tree, which holds {texts(pid)}',
+    )
+
+
+def wait_for_text(pid, fits, what):
+    """The first name shown for which `fits` is true."""
+    return until(lambda: next(filter(fits, texts(pid)), None), lambda: f"{what} is shown; there is {texts(pid)}")
 
 
 def press(node):
     """Does the first action of the node, which for a button is to press it."""
     assert node.get_n_actions() > 0, f"{node.get_name()} has no action"
     assert node.do_action(0)
+
+
+def centre(node):
+    """Where the middle of the node is on the screen."""
+    frame = node.get_extents(Atspi.CoordType.SCREEN)
+    return frame.x + frame.width // 2, frame.y + frame.height // 2

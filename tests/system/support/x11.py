@@ -1,48 +1,204 @@
-"""The X desktop, seen from outside with the tools that users have."""
+"""The X desktop, seen from outside: what any client may ask the server, and what a user's hands and tools do."""
 import re
 import subprocess
 
+from Xlib import X, display, error
 
-def run(*command, check=False):
+_EVERY_TYPE = X.AnyPropertyType
+_connection = None
+
+
+def connection():
+    """Our own connection to the X server, opened at its first use."""
+    global _connection
+    if _connection is None:
+        _connection = display.Display()
+        # What vanishes between two requests is no news here.
+        _connection.set_error_handler(lambda *_: None)
+    return _connection
+
+
+def root():
+    return connection().screen().root
+
+
+def _object(window):
+    return connection().create_resource_object("window", window)
+
+
+def _property(window, name):
+    try:
+        found = window.get_full_property(connection().intern_atom(name), _EVERY_TYPE)
+    except error.XError:
+        return None
+    return found.value if found is not None else None
+
+
+def _numbers(window, name):
+    found = _property(window, name)
+    return [int(number) for number in found] if found is not None else []
+
+
+def _text(window, name):
+    found = _property(window, name)
+    if found is None:
+        return ""
+    return found.decode("utf-8", "replace") if isinstance(found, bytes) else str(found)
+
+
+def run(*command, check=True):
     return subprocess.run(command, capture_output=True, text=True, check=check).stdout.strip()
+
+
+# What the server and the window manager say.
 
 
 def active_window():
     """The window that the window manager calls active, or None."""
-    found = re.search(r"# (0x[0-9a-f]+)", run("xprop", "-root", "_NET_ACTIVE_WINDOW"))
-    return int(found[1], 16) or None if found else None
+    return next((number for number in _numbers(root(), "_NET_ACTIVE_WINDOW") if number), None)
+
+
+def clients():
+    """The managed windows, oldest first."""
+    return _numbers(root(), "_NET_CLIENT_LIST")
+
+
+def stacking():
+    """The managed windows, lowest first."""
+    return _numbers(root(), "_NET_CLIENT_LIST_STACKING")
+
+
+def current_desktop():
+    return _numbers(root(), "_NET_CURRENT_DESKTOP")[0]
 
 
 def pid_of(window):
-    found = re.search(r"= (\d+)", run("xprop", "-id", str(window), "_NET_WM_PID"))
-    return int(found[1]) if found else None
+    return next(iter(_numbers(_object(window), "_NET_WM_PID")), None)
+
+
+def name_of(window):
+    return _text(_object(window), "_NET_WM_NAME") or _text(_object(window), "WM_NAME")
 
 
 def class_of(window):
-    return run("xprop", "-id", str(window), "WM_CLASS").partition("= ")[2]
+    """WM_CLASS as (instance, class); empty texts where it is not set."""
+    instance, _, class_name = _text(_object(window), "WM_CLASS").partition("\0")
+    return instance, class_name.rstrip("\0")
+
+
+def states_of(window):
+    """The names of the window's _NET_WM_STATE."""
+    return {connection().get_atom_name(atom) for atom in _numbers(_object(window), "_NET_WM_STATE")}
+
+
+def is_iconified(window):
+    iconic = 3
+    return _numbers(_object(window), "WM_STATE")[:1] == [iconic]
+
+
+def has_property(window, name):
+    return _property(_object(window), name) is not None
+
+
+def is_viewable(window):
+    try:
+        return _object(window).get_attributes().map_state == X.IsViewable
+    except error.XError:
+        return False
 
 
 def geometry_of(window):
     """(x, y, width, height) on the root, without the frame; None if there is no such window."""
-    text = run("xwininfo", "-id", str(window))
-    numbers = [re.search(rf"{name}:\s+(-?\d+)", text) for name in ("Absolute upper-left X", "Absolute upper-left Y", "Width", "Height")]
-    return tuple(int(number[1]) for number in numbers) if all(numbers) else None
+    try:
+        size = _object(window).get_geometry()
+        place = root().translate_coords(_object(window), 0, 0)
+    except error.XError:
+        return None
+    return place.x, place.y, size.width, size.height
 
 
-def is_viewable(window):
-    return "Map State: IsViewable" in run("xwininfo", "-id", str(window))
+def all_windows():
+    """The managed windows and those that stand unmanaged beside them."""
+    managed = clients()
+    unmanaged = []
+    for window in root().query_tree().children:
+        try:
+            attributes = window.get_attributes()
+        except error.XError:
+            continue
+        if attributes.win_class == X.InputOutput and window.id not in managed:
+            unmanaged.append(window.id)
+    return managed + unmanaged
 
 
-def windows(visible=True, **criteria):
-    """The windows that xdotool finds: windows(pid=…), windows(name="…"), windows(class_="…")."""
-    arguments = ["xdotool", "search"]
-    if visible:
-        arguments.append("--onlyvisible")
-    for name, value in criteria.items():
-        arguments += [f"--{name.rstrip('_')}", str(value)]
-    if len(criteria) > 1:
-        arguments.insert(2, "--all")
-    return [int(line) for line in run(*arguments).splitlines()]
+def windows(pid=None, name=None, class_name=None, visible=True):
+    """The windows that fit all that is given; `name` is a regular expression for the whole title."""
+    found = []
+    for window in all_windows():
+        if (
+            (pid is None or pid_of(window) == pid)
+            and (name is None or re.fullmatch(name, name_of(window)))
+            and (class_name is None or class_of(window)[1] == class_name)
+            and (not visible or is_viewable(window))
+        ):
+            found.append(window)
+    return found
+
+
+def is_inside(window, outer):
+    """Whether `window` is `outer` or stands somewhere inside it."""
+    current = _object(window)
+    while True:
+        if current.id == outer:
+            return True
+        try:
+            parent = current.query_tree().parent
+        except error.XError:
+            return False
+        if not parent or parent.id == root().id:
+            return False
+        current = parent
+
+
+def has_keyboard(window):
+    """Whether what is typed now goes into the window."""
+    focus = connection().get_input_focus().focus
+    return not isinstance(focus, int) and is_inside(focus.id, window)
+
+
+def window_at(x, y):
+    """The window that a user sees at that place: the uppermost child of the root, which may be a frame; None on the bare root."""
+    for window in reversed(root().query_tree().children):
+        try:
+            attributes = window.get_attributes()
+            geometry = window.get_geometry()
+        except error.XError:
+            continue
+        if attributes.map_state != X.IsViewable or attributes.win_class != X.InputOutput:
+            continue
+        width, height = geometry.width + 2 * geometry.border_width, geometry.height + 2 * geometry.border_width
+        if geometry.x <= x < geometry.x + width and geometry.y <= y < geometry.y + height:
+            return window.id
+    return None
+
+
+def is_seen_at(window, x, y):
+    top = window_at(x, y)
+    return top is not None and is_inside(window, top)
+
+
+def picture(x, y, width, height):
+    """What is on the screen there: four bytes a pixel, in the server's own order."""
+    return root().get_image(x, y, width, height, X.ZPixmap, 0xFFFFFFFF).data
+
+
+def pixel(x, y):
+    """The colour on the screen at that place, as (red, green, blue) of 0 to 255."""
+    blue, green, red, _ = picture(x, y, 1, 1)
+    return red, green, blue
+
+
+# What a user does.
 
 
 def activate(window):
@@ -50,16 +206,30 @@ def activate(window):
     run("wmctrl", "-i", "-a", hex(window))
 
 
-def current_desktop():
-    return int(run("xprop", "-root", "_NET_CURRENT_DESKTOP").partition("= ")[2])
+def close(window):
+    """Asks for the window to be closed, as the cross in a task switcher does."""
+    run("wmctrl", "-i", "-c", hex(window))
 
 
-def stacking():
-    """The managed windows, lowest first."""
-    return [int(number, 16) for number in re.findall(r"0x[0-9a-f]+", run("xprop", "-root", "_NET_CLIENT_LIST_STACKING"))]
+def iconify(window):
+    run("xdotool", "windowminimize", str(window))
 
 
-def pixel(x, y):
-    """The colour on the screen at that place, as (red, green, blue) of 0 to 255."""
-    found = subprocess.run(["import", "-window", "root", "-crop", f"1x1+{x}+{y}", "-depth", "8", "rgb:-"], capture_output=True).stdout
-    return tuple(found[:3])
+def move(window, x, y):
+    run("wmctrl", "-i", "-r", hex(window), "-e", f"0,{x},{y},-1,-1")
+
+
+def switch_desktop(number):
+    run("wmctrl", "-s", str(number))
+
+
+def key(*names):
+    run("xdotool", "key", *names)
+
+
+def write(text):
+    run("xdotool", "type", "--delay", "5", text)
+
+
+def click(x, y):
+    run("xdotool", "mousemove", str(x), str(y), "click", "1")

@@ -259,7 +259,7 @@ private Q_SLOTS:
             StoredObject object = parsed("{ \"a\" :{\"b\":[\"}\"]}, \"\\u0061\":1 , \"b\": \"x\",\"f\": [ ] }"_ba);
             std::map<QString, StoredValue> expected;
             for (int edit = 0; edit < 12; ++edit) {
-                const QString key = keys.at(random.bounded(keys.size()));
+                const QString& key = keys.at(random.bounded(keys.size()));
                 switch (random.bounded(3)) {
                 case 0:
                     object.remove(key);

@@ -6,6 +6,7 @@
 #include <QTest>
 #include <QWindow>
 
+#include <algorithm>
 #include <array>
 
 using namespace orvanta;
@@ -138,7 +139,8 @@ private Q_SLOTS:
         while (windows.activeWindow() != window)
             QThread::yieldCurrentThread();
         QVERIFY(told.empty());
-        QTRY_COMPARE_WITH_TIMEOUT(told, Told({ QLatin1String(calculator) }), patience);
+        QTRY_VERIFY_WITH_TIMEOUT(!named(told).empty(), patience);
+        QCOMPARE(named(told).front(), std::optional(QString::fromLatin1(calculator)));
         m_client->destroy(cover);
         m_client->destroy(window);
     }
@@ -174,7 +176,7 @@ private Q_SLOTS:
         window.show();
         QVERIFY(QTest::qWaitForWindowExposed(&window, patience));
         m_client->activate(static_cast<xcb_window_t>(window.winId()));
-        QTRY_COMPARE_WITH_TIMEOUT(named(told), Told({ u"own.desktop"_s }), patience);
+        QTRY_VERIFY_WITH_TIMEOUT(std::ranges::count(told, std::optional(u"own.desktop"_s)) > 0, patience);
     }
 
     void aClientWithoutAClassHasNoIdentifierUntilItSaysMore()
@@ -266,14 +268,12 @@ private Q_SLOTS:
     {
         const xcb_window_t window = m_client->show(calculatorLook());
         const xcb_window_t other = m_second->windows().at(0);
-        const std::vector<std::uint32_t> others = m_client->clientsOfThisProcess();
+        const OpenSockets others;
         X11ActivationMonitor monitor(m_panels, nobody);
         Told told;
         const auto observer = monitor.observe([&](const std::optional<QString>& identifier) { told.push_back(identifier); });
-        QCOMPARE(m_client->clientsOfThisProcess().size(), others.size() + 1);
-
         QTest::ignoreMessage(QtWarningMsg, "The connection to the X server was lost; applications are watched again when it is back.");
-        m_client->killClientsOfThisProcess(others);
+        QCOMPARE(others.cutNewOnes(), std::size_t(1));
         m_client->activate(other);
         QTRY_COMPARE_WITH_TIMEOUT(named(told), Told({ u"debian-xterm.desktop"_s }), patience);
         m_client->activate(window);
@@ -293,7 +293,7 @@ private Q_SLOTS:
             QVERIFY(told.empty());
             // It tries again by itself.
             qputenv("DISPLAY", display);
-            const auto isWatching = [this, before = m_client->clientsOfThisProcess().size()] { return m_client->clientsOfThisProcess().size() == before + 1; };
+            const auto isWatching = [this, before = m_client->clientsOfThisProcess()] { return m_client->clientsOfThisProcess() == before + 1; };
             QTRY_VERIFY_WITH_TIMEOUT(isWatching(), patience);
             const xcb_window_t window = m_client->show(calculatorLook());
             QTRY_COMPARE_WITH_TIMEOUT(named(told), Told({ QLatin1String(calculator) }), patience);

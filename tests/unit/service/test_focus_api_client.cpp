@@ -16,7 +16,8 @@ const QByteArray state = R"({"active":true,"inProgressTaskCount":2,"policyRevisi
 const QByteArray policy = R"({"revision":4,"blockedDomains":["example.com"],"blockedApplications":[]})";
 
 /// Keeps what an operation completes with.
-template <typename T> struct Outcome {
+template <typename T>
+struct Outcome {
     std::vector<std::expected<T, ServiceFailure>> results;
 
     FocusAPIClient::Completion<T> keep()

@@ -11,7 +11,10 @@ namespace {
 
 using Reason = DecodeError::Reason;
 
-QByteArray stateWithCount(const QByteArray& count) { return R"({"active":true,"inProgressTaskCount":)" + count + R"(,"policyRevision":7})"; }
+QByteArray stateWithCount(const QByteArray& count)
+{
+    return R"({"active":true,"inProgressTaskCount":)" + count + R"(,"policyRevision":7})";
+}
 
 QByteArray policy(const QByteArray& domains, const QByteArray& applications)
 {
@@ -91,7 +94,8 @@ private Q_SLOTS:
     {
         QTest::addColumn<QByteArray>("body");
         QTest::addColumn<DecodeError>("error");
-        QTest::newRow("no active") << QByteArray(R"({"inProgressTaskCount":1,"policyRevision":2})") << DecodeError { Reason::missingKey, u"active"_s };
+        QTest::newRow("no active") << QByteArray(R"({"inProgressTaskCount":1,"policyRevision":2})")
+                                   << DecodeError { Reason::missingKey, u"active"_s };
         QTest::newRow("no inProgressTaskCount") << QByteArray(R"({"active":true,"policyRevision":2})")
                                                 << DecodeError { Reason::missingKey, u"inProgressTaskCount"_s };
         QTest::newRow("no policyRevision") << QByteArray(R"({"active":true,"inProgressTaskCount":1})")
@@ -162,8 +166,8 @@ private Q_SLOTS:
         QVERIFY(decoded.has_value());
         QCOMPARE(decoded->revision, 7);
         QCOMPARE(decoded->blockedDomains, (QStringList { u"b.example"_s, u"a.example"_s, u"a.example"_s, QString() }));
-        QCOMPARE(
-            decoded->blockedApplications, (std::vector<BlockedApplication> { { u"com.example.App"_s, u"App \u00e9\U0001f600"_s }, { u"x"_s, QString() } }));
+        QCOMPARE(decoded->blockedApplications,
+            (std::vector<BlockedApplication> { { u"com.example.App"_s, u"App \u00e9\U0001f600"_s }, { u"x"_s, QString() } }));
     }
 
     void anEmptyPolicyIsDecoded()
@@ -179,7 +183,8 @@ private Q_SLOTS:
         QTest::addColumn<DecodeError>("error");
         const DecodeError domains { Reason::wrongType, u"blockedDomains"_s };
         const DecodeError applications { Reason::wrongType, u"blockedApplications"_s };
-        QTest::newRow("no revision") << QByteArray(R"({"blockedDomains":[],"blockedApplications":[]})") << DecodeError { Reason::missingKey, u"revision"_s };
+        QTest::newRow("no revision") << QByteArray(R"({"blockedDomains":[],"blockedApplications":[]})")
+                                     << DecodeError { Reason::missingKey, u"revision"_s };
         QTest::newRow("no blockedDomains") << QByteArray(R"({"revision":1,"blockedApplications":[]})")
                                            << DecodeError { Reason::missingKey, u"blockedDomains"_s };
         QTest::newRow("no blockedApplications") << QByteArray(R"({"revision":1,"blockedDomains":[]})")
@@ -212,14 +217,16 @@ private Q_SLOTS:
         QTest::addColumn<QString>("value");
         QTest::addColumn<QByteArray>("json");
         QTest::newRow("addDomain") << Action::addDomain << u"example.com"_s << QByteArray(R"({"action":"add_domain","value":"example.com"})");
-        QTest::newRow("removeDomain") << Action::removeDomain << u"example.com"_s << QByteArray(R"({"action":"remove_domain","value":"example.com"})");
+        QTest::newRow("removeDomain") << Action::removeDomain << u"example.com"_s
+                                      << QByteArray(R"({"action":"remove_domain","value":"example.com"})");
         QTest::newRow("addApplication") << Action::addApplication << u"com.example.App"_s
                                         << QByteArray(R"({"action":"add_application","value":"com.example.App"})");
         QTest::newRow("removeApplication") << Action::removeApplication << u"com.example.App"_s
                                            << QByteArray(R"({"action":"remove_application","value":"com.example.App"})");
         QTest::newRow("empty value") << Action::addDomain << QString() << QByteArray(R"({"action":"add_domain","value":""})");
-        QTest::newRow("characters with a meaning in JSON") << Action::addDomain << u"a\"\\\n\u00e9\U0001f600"_s
-                                                           << QByteArray("{\"action\":\"add_domain\",\"value\":\"a\\\"\\\\\\n\xc3\xa9\xf0\x9f\x98\x80\"}");
+        QTest::newRow("characters with a meaning in JSON")
+            << Action::addDomain << u"a\"\\\n\u00e9\U0001f600"_s
+            << QByteArray("{\"action\":\"add_domain\",\"value\":\"a\\\"\\\\\\n\xc3\xa9\xf0\x9f\x98\x80\"}");
     }
 
     void aMutationIsWrittenWithActionFirst()
@@ -250,7 +257,8 @@ private Q_SLOTS:
         QTest::newRow("transport") << text(TransportError { u"Connection refused"_s }) << u"Connection refused"_s;
         QTest::newRow("not JSON") << text(DecodeError { Reason::notJson }) << u"Orvanta's answer could not be read: it is not valid JSON"_s;
         QTest::newRow("no object") << text(DecodeError { Reason::wrongType }) << u"Orvanta's answer could not be read: it is not a JSON object"_s;
-        QTest::newRow("missing key") << text(DecodeError { Reason::missingKey, u"active"_s }) << u"Orvanta's answer could not be read: \"active\" is missing"_s;
+        QTest::newRow("missing key") << text(DecodeError { Reason::missingKey, u"active"_s })
+                                     << u"Orvanta's answer could not be read: \"active\" is missing"_s;
         QTest::newRow("wrong type") << text(DecodeError { Reason::wrongType, u"active"_s })
                                     << u"Orvanta's answer could not be read: \"active\" has an unexpected value"_s;
         QTest::newRow("encoding") << text(EncodeError {}) << u"The request could not be written: it holds a text that is not valid Unicode"_s;

@@ -25,7 +25,10 @@ constexpr int patience = 30'000; // ms until a test gives up
 
 const QByteArray notFound = "nothing here";
 
-HttpRequest get(const QUrl& url) { return { .url = url, .headers = { { "Authorization", "Bearer key" } }, .timeout = 25s }; }
+HttpRequest get(const QUrl& url)
+{
+    return { .url = url, .headers = { { "Authorization", "Bearer key" } }, .timeout = 25s };
+}
 
 HttpRequest post(const QUrl& url)
 {
@@ -51,7 +54,10 @@ HttpsTestServer::Script pages(std::vector<std::pair<QByteArray, RawAnswer>> page
     };
 }
 
-RawAnswer redirect(int statusCode, const QUrl& location) { return answer(statusCode, "moved", "Location: " + location.toEncoded() + "\r\n"); }
+RawAnswer redirect(int statusCode, const QUrl& location)
+{
+    return answer(statusCode, "moved", "Location: " + location.toEncoded() + "\r\n");
+}
 
 } // namespace
 
@@ -62,7 +68,8 @@ class TestNetworkUrlSession : public QObject {
 
 private:
     TestAuthority m_authority;
-    NetworkUrlSession m_session { { m_authority.certificate() } }; ///< of every test that needs none of its own
+    std::unique_ptr<NetworkUrlSession> m_session
+        = std::make_unique<NetworkUrlSession>(QList { m_authority.certificate() }); ///< of every test that needs none of its own
 
     /// Sends one request and runs the event loop until it is answered.
     UrlResult exchange(UrlSession& session, HttpRequest request)
@@ -81,6 +88,12 @@ private:
     static QString told(const UrlResult& result) { return result ? u"status %1"_s.arg(result->statusCode.value_or(-1)) : result.error().description; }
 
 private Q_SLOTS:
+    void cleanupTestCase()
+    {
+        m_session.reset();
+        WAIT_FOR(networkThreads() == 0);
+    }
+
     void everyStatusIsAnAnswer_data()
     {
         QTest::addColumn<int>("status");
@@ -102,7 +115,7 @@ private Q_SLOTS:
         const QByteArray body = status == 304 ? QByteArray() : QByteArray("body");
         HttpsTestServer server(m_authority.issue(), always(answer(status, body, headers)));
         for (const HttpRequest& request : { get(server.url(u"/a"_s)), post(server.url(u"/a"_s)) }) {
-            const UrlResult result = exchange(m_session, request);
+            const UrlResult result = exchange(*m_session, request);
             QVERIFY2(result.has_value(), qPrintable(told(result)));
             QCOMPARE(*result, (UrlResponse { .statusCode = status, .body = body }));
         }
@@ -115,8 +128,8 @@ private Q_SLOTS:
         QTest::addColumn<Then>("then");
         QTest::addColumn<UrlResponse>("response");
         QTest::newRow("204 without a length") << QByteArray("HTTP/1.1 204 No Content\r\n\r\n") << Then::keepOpen << UrlResponse { 204, {} };
-        QTest::newRow("chunks") << QByteArray("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n2\r\nbo\r\n2;x=y\r\ndy\r\n0\r\n\r\n") << Then::keepOpen
-                                << UrlResponse { 200, "body" };
+        QTest::newRow("chunks") << QByteArray("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n2\r\nbo\r\n2;x=y\r\ndy\r\n0\r\n\r\n")
+                                << Then::keepOpen << UrlResponse { 200, "body" };
         QTest::newRow("ended by closing") << QByteArray("HTTP/1.1 200 OK\r\n\r\nbody") << Then::close << UrlResponse { 200, "body" };
         QTest::newRow("HTTP/1.0") << QByteArray("HTTP/1.0 200 OK\r\nContent-Length: 4\r\n\r\nbody") << Then::close << UrlResponse { 200, "body" };
         QTest::newRow("after 100") << QByteArray("HTTP/1.1 100 Continue\r\n\r\nHTTP/1.1 200 OK\r\nContent-Length: 4\r\n\r\nbody") << Then::keepOpen
@@ -132,7 +145,7 @@ private Q_SLOTS:
         QFETCH(const Then, then);
         QFETCH(const UrlResponse, response);
         HttpsTestServer server(m_authority.issue(), always({ bytes, then }));
-        const UrlResult result = exchange(m_session, get(server.url(u"/a"_s)));
+        const UrlResult result = exchange(*m_session, get(server.url(u"/a"_s)));
         QVERIFY2(result.has_value(), qPrintable(told(result)));
         QCOMPARE(*result, response);
     }
@@ -161,7 +174,7 @@ private Q_SLOTS:
         QFETCH(const QByteArray, bytes);
         QFETCH(const Then, then);
         HttpsTestServer server(m_authority.issue(), always({ bytes, then }));
-        const UrlResult result = exchange(m_session, get(server.url(u"/a"_s)));
+        const UrlResult result = exchange(*m_session, get(server.url(u"/a"_s)));
         QVERIFY2(!result.has_value(), qPrintable(told(result)));
         QCOMPARE(result.error().description, u"The connection was lost"_s);
     }
@@ -173,7 +186,7 @@ private Q_SLOTS:
             const HttpsTestServer server(m_authority.issue(), always(answer(200)));
             nobody = server.url();
         }
-        const UrlResult result = exchange(m_session, get(nobody));
+        const UrlResult result = exchange(*m_session, get(nobody));
         QVERIFY(!result.has_value());
         QCOMPARE(result.error().description, u"Connection refused"_s);
     }
@@ -211,7 +224,7 @@ private Q_SLOTS:
     {
         QFETCH(const ServerIdentity, identity);
         HttpsTestServer server(identity, always(answer(200)));
-        const UrlResult result = exchange(m_session, get(server.url()));
+        const UrlResult result = exchange(*m_session, get(server.url()));
         QVERIFY(!result.has_value());
         QVERIFY2(result.error().description.startsWith(u"SSL handshake failed"_s), qPrintable(result.error().description));
         QCOMPARE(server.requests().size(), std::size_t { 0 });
@@ -230,7 +243,7 @@ private Q_SLOTS:
         HttpsTestServer server(m_authority.issue("DNS:localhost"), always(answer(200)));
         QUrl url = server.url();
         url.setHost(u"localhost"_s);
-        const UrlResult result = exchange(m_session, get(url));
+        const UrlResult result = exchange(*m_session, get(url));
         QVERIFY2(result.has_value(), qPrintable(told(result)));
     }
 
@@ -239,7 +252,7 @@ private Q_SLOTS:
     void aReadCarriesItsHeadersAndNoBody()
     {
         HttpsTestServer server(m_authority.issue(), always(answer(200)));
-        QVERIFY(exchange(m_session, get(server.url(u"/api/focus-state"_s))).has_value());
+        QVERIFY(exchange(*m_session, get(server.url(u"/api/focus-state"_s))).has_value());
         const ReceivedRequest& request = server.requests().at(0);
         QCOMPARE(request.method, QByteArray("GET"));
         QCOMPARE(request.target, QByteArray("/api/focus-state"));
@@ -262,7 +275,7 @@ private Q_SLOTS:
         HttpsTestServer server(m_authority.issue(), always(answer(200)));
         HttpRequest request = post(server.url(u"/api/focus-policy"_s));
         request.body = body;
-        QVERIFY(exchange(m_session, request).has_value());
+        QVERIFY(exchange(*m_session, request).has_value());
         const ReceivedRequest& received = server.requests().at(0);
         QCOMPARE(received.method, QByteArray("POST"));
         QCOMPARE(received.headers("Authorization"), QList<QByteArray> { "Bearer key" });
@@ -289,7 +302,7 @@ private Q_SLOTS:
         HttpsTestServer server(m_authority.issue(), always(answer(200)));
         HttpRequest request = get(server.url());
         request.headers = { { "Authorization", "Bearer " + key } };
-        QVERIFY(exchange(m_session, request).has_value());
+        QVERIFY(exchange(*m_session, request).has_value());
         QCOMPARE(server.requests().size(), std::size_t { 1 });
         QCOMPARE(server.requests()[0].headers("Authorization"), QList<QByteArray> { received });
         QCOMPARE(server.requests()[0].headers("X-Forged"), QList<QByteArray>());
@@ -298,8 +311,8 @@ private Q_SLOTS:
     void thereAreNoCookiesAndNoCache()
     {
         HttpsTestServer server(m_authority.issue(), always(answer(200, "body", "Set-Cookie: a=b\r\nCache-Control: max-age=3600\r\nETag: \"x\"\r\n")));
-        QVERIFY(exchange(m_session, get(server.url())).has_value());
-        QVERIFY(exchange(m_session, get(server.url())).has_value());
+        QVERIFY(exchange(*m_session, get(server.url())).has_value());
+        QVERIFY(exchange(*m_session, get(server.url())).has_value());
         QCOMPARE(server.requests().size(), std::size_t { 2 });
         QCOMPARE(server.requests()[1].headers("Cookie"), QList<QByteArray>());
         QCOMPARE(server.requests()[1].headers("If-None-Match"), QList<QByteArray>());
@@ -311,8 +324,8 @@ private Q_SLOTS:
     {
         HttpsTestServer server(m_authority.issue(), always(answer(200, "{}")));
         for (int i = 0; i < 20; ++i) {
-            QVERIFY(exchange(m_session, get(server.url(u"/poll"_s))).has_value());
-            QVERIFY(exchange(m_session, post(server.url(u"/upload"_s))).has_value());
+            QVERIFY(exchange(*m_session, get(server.url(u"/poll"_s))).has_value());
+            QVERIFY(exchange(*m_session, post(server.url(u"/upload"_s))).has_value());
         }
         QCOMPARE(server.requests().size(), std::size_t { 40 });
         QCOMPARE(server.connections(), 1);
@@ -323,17 +336,17 @@ private Q_SLOTS:
     {
         HttpsTestServer server(m_authority.issue(), always(answer(500, "no")));
         for (int i = 0; i < 3; ++i)
-            QVERIFY(exchange(m_session, get(server.url())).has_value());
+            QVERIFY(exchange(*m_session, get(server.url())).has_value());
         QCOMPARE(server.handshakes(), 1);
     }
 
     void aConnectionThatTheServerClosedIsReplaced()
     {
         HttpsTestServer server(m_authority.issue(), always(answer(200)));
-        QVERIFY(exchange(m_session, get(server.url())).has_value());
+        QVERIFY(exchange(*m_session, get(server.url())).has_value());
         server.closeConnections();
         WAIT_FOR(server.openConnections() == 0);
-        const UrlResult result = exchange(m_session, get(server.url()));
+        const UrlResult result = exchange(*m_session, get(server.url()));
         QVERIFY2(result.has_value(), qPrintable(told(result)));
         QCOMPARE(server.handshakes(), 2);
     }
@@ -341,9 +354,10 @@ private Q_SLOTS:
     void aReadThatMeetsADyingConnectionIsSentAgain()
     {
         int count = 0;
-        HttpsTestServer server(m_authority.issue(), [&count](const ReceivedRequest&) { return ++count == 2 ? RawAnswer { {}, Then::abort } : answer(200); });
-        QVERIFY(exchange(m_session, get(server.url())).has_value());
-        const UrlResult result = exchange(m_session, get(server.url()));
+        HttpsTestServer server(
+            m_authority.issue(), [&count](const ReceivedRequest&) { return ++count == 2 ? RawAnswer { {}, Then::abort } : answer(200); });
+        QVERIFY(exchange(*m_session, get(server.url())).has_value());
+        const UrlResult result = exchange(*m_session, get(server.url()));
         QVERIFY2(result.has_value(), qPrintable(told(result)));
         QCOMPARE(server.requests().size(), std::size_t { 3 });
     }
@@ -360,11 +374,11 @@ private Q_SLOTS:
         QFETCH(const Then, then);
         HttpsTestServer server(
             m_authority.issue(), [then](const ReceivedRequest& request) { return request.method == "POST" ? RawAnswer { {}, then } : answer(200); });
-        QVERIFY(exchange(m_session, get(server.url())).has_value());
-        const UrlResult result = exchange(m_session, post(server.url()));
+        QVERIFY(exchange(*m_session, get(server.url())).has_value());
+        const UrlResult result = exchange(*m_session, post(server.url()));
         QVERIFY(!result.has_value());
         QCOMPARE(result.error().description, u"The connection was lost"_s);
-        QVERIFY(exchange(m_session, get(server.url())).has_value());
+        QVERIFY(exchange(*m_session, get(server.url())).has_value());
         QCOMPARE(server.requests().size(), std::size_t { 3 });
     }
 
@@ -399,7 +413,7 @@ private Q_SLOTS:
         HttpsTestServer server(m_authority.issue(), [](const ReceivedRequest&) { return std::nullopt; });
         HttpRequest request = get(server.url());
         request.timeout = 50ms;
-        const UrlResult result = exchange(m_session, request);
+        const UrlResult result = exchange(*m_session, request);
         QVERIFY(!result.has_value());
         QCOMPARE(result.error().description, u"The request timed out"_s);
     }
@@ -415,7 +429,7 @@ private Q_SLOTS:
         trickle.start(10ms);
         HttpRequest request = get(server.url());
         request.timeout = 500ms;
-        const UrlResult result = exchange(m_session, request);
+        const UrlResult result = exchange(*m_session, request);
         QVERIFY(!result.has_value());
         QCOMPARE(result.error().description, u"The request timed out"_s);
     }
@@ -427,8 +441,8 @@ private Q_SLOTS:
             m_authority.issue(), [&count](const ReceivedRequest&) { return ++count == 1 ? std::optional<RawAnswer>() : std::optional(answer(200)); });
         HttpRequest request = get(server.url());
         request.timeout = 500ms;
-        QVERIFY(!exchange(m_session, request).has_value());
-        const UrlResult result = exchange(m_session, get(server.url()));
+        QVERIFY(!exchange(*m_session, request).has_value());
+        const UrlResult result = exchange(*m_session, get(server.url()));
         QVERIFY2(result.has_value(), qPrintable(told(result)));
     }
 
@@ -436,7 +450,7 @@ private Q_SLOTS:
     {
         const QByteArray body(largestBody, 'x');
         HttpsTestServer server(m_authority.issue(), always(answer(200, body)));
-        const UrlResult result = exchange(m_session, get(server.url()));
+        const UrlResult result = exchange(*m_session, get(server.url()));
         QVERIFY2(result.has_value(), qPrintable(told(result)));
         QVERIFY(result->body == body);
     }
@@ -458,7 +472,7 @@ private Q_SLOTS:
     {
         QFETCH(const RawAnswer, raw);
         HttpsTestServer server(m_authority.issue(), always(raw));
-        const UrlResult result = exchange(m_session, get(server.url()));
+        const UrlResult result = exchange(*m_session, get(server.url()));
         QVERIFY(!result.has_value());
         QCOMPARE(result.error().description, u"The answer is too large"_s);
     }
@@ -467,7 +481,7 @@ private Q_SLOTS:
     {
         const QByteArray packed = qCompress(QByteArray(4 * largestBody, 'x')).sliced(4);
         HttpsTestServer server(m_authority.issue(), always(answer(200, packed, "Content-Encoding: deflate\r\n")));
-        const UrlResult result = exchange(m_session, get(server.url()));
+        const UrlResult result = exchange(*m_session, get(server.url()));
         QVERIFY2(!result.has_value(), qPrintable(told(result)));
         QVERIFY(!result.error().description.isEmpty());
     }
@@ -477,7 +491,7 @@ private Q_SLOTS:
     void aRedirectWithinTheOriginKeepsTheKey()
     {
         HttpsTestServer server(m_authority.issue(), pages({ { "/a", answer(302, {}, "Location: /b\r\n") }, { "/b", answer(200, "here") } }));
-        const UrlResult result = exchange(m_session, get(server.url(u"/a"_s)));
+        const UrlResult result = exchange(*m_session, get(server.url(u"/a"_s)));
         QCOMPARE(result, UrlResult(UrlResponse { 200, "here" }));
         QCOMPARE(server.requests().size(), std::size_t { 2 });
         QCOMPARE(server.requests()[1].headers("Authorization"), QList<QByteArray> { "Bearer key" });
@@ -501,7 +515,7 @@ private Q_SLOTS:
         HttpsTestServer other(m_authority.issue(), always(answer(200, "there")));
         HttpsTestServer server(m_authority.issue(), always(redirect(status, other.url(u"/b"_s))));
         const HttpRequest request = post(server.url(u"/a"_s));
-        const UrlResult result = exchange(m_session, request);
+        const UrlResult result = exchange(*m_session, request);
         QVERIFY2(result.has_value(), qPrintable(told(result)));
         QCOMPARE(*result, (UrlResponse { 200, "there" }));
         QCOMPARE(other.requests().size(), std::size_t { 1 });
@@ -515,7 +529,7 @@ private Q_SLOTS:
     {
         HttpsTestServer plain(std::nullopt, always(answer(200)));
         HttpsTestServer server(m_authority.issue(), always(redirect(302, plain.url(u"/b"_s))));
-        const UrlResult result = exchange(m_session, get(server.url(u"/a"_s)));
+        const UrlResult result = exchange(*m_session, get(server.url(u"/a"_s)));
         QVERIFY(!result.has_value());
         QCOMPARE(result.error().description, u"The service redirected to an address that is not encrypted"_s);
         QCOMPARE(plain.connections(), 0);
@@ -525,7 +539,7 @@ private Q_SLOTS:
     {
         HttpsTestServer other(TestAuthority::selfSigned(), always(answer(200)));
         HttpsTestServer server(m_authority.issue(), always(redirect(307, other.url())));
-        QVERIFY(!exchange(m_session, post(server.url())).has_value());
+        QVERIFY(!exchange(*m_session, post(server.url())).has_value());
         QCOMPARE(other.requests().size(), std::size_t { 0 });
     }
 
@@ -540,8 +554,9 @@ private Q_SLOTS:
     {
         QFETCH(const int, redirects);
         int left = redirects;
-        HttpsTestServer server(m_authority.issue(), [&left](const ReceivedRequest&) { return left-- > 0 ? answer(302, {}, "Location: /\r\n") : answer(200); });
-        const UrlResult result = exchange(m_session, get(server.url()));
+        HttpsTestServer server(
+            m_authority.issue(), [&left](const ReceivedRequest&) { return left-- > 0 ? answer(302, {}, "Location: /\r\n") : answer(200); });
+        const UrlResult result = exchange(*m_session, get(server.url()));
         QCOMPARE(result.has_value(), redirects == mostRedirects);
         if (!result)
             QCOMPARE(result.error().description, u"The service redirected too many times"_s);
@@ -584,10 +599,12 @@ private Q_SLOTS:
     {
         HttpsTestServer server(m_authority.issue(), [](const ReceivedRequest&) { return std::nullopt; });
         std::vector<UrlResult> results;
+        QObject context;
         {
             NetworkUrlSession session({ m_authority.certificate() });
             for (int i = 0; i < 3; ++i)
-                session.send(i == 1 ? post(server.url()) : get(server.url()), this, [&results](UrlResult result) { results.push_back(std::move(result)); });
+                session.send(i == 1 ? post(server.url()) : get(server.url()), &context,
+                    [&results](UrlResult result) { results.push_back(std::move(result)); });
             WAIT_FOR(server.requests().size() == 3);
         }
         WAIT_FOR(results.size() == 3);
@@ -601,10 +618,11 @@ private Q_SLOTS:
     {
         HttpsTestServer server(m_authority.issue(), always(answer(200, QByteArray(10'000, 'x'))));
         int answered = 0;
+        QObject context;
         constexpr int rounds = 20;
         for (int i = 0; i < rounds; ++i) {
             NetworkUrlSession session({ m_authority.certificate() });
-            session.send(i % 2 ? post(server.url()) : get(server.url()), this, [&answered](const UrlResult&) { ++answered; });
+            session.send(i % 2 ? post(server.url()) : get(server.url()), &context, [&answered](const UrlResult&) { ++answered; });
             // Each round gets a little further: not sent, connecting, shaking hands, under way, done.
             for (int turn = 0; turn < 3 * i; ++turn)
                 QCoreApplication::processEvents(QEventLoop::AllEvents, 1);

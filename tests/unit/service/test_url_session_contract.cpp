@@ -89,7 +89,10 @@ class TestUrlSessionContract : public QObject {
 private:
     std::unique_ptr<Subject> m_subject;
 
-    void send(QObject* context, Callback<UrlResult> completed) { m_subject->session().send({ .url = m_subject->url() }, context, std::move(completed)); }
+    void send(QObject* context, Callback<UrlResult> completed)
+    {
+        m_subject->session().send({ .url = m_subject->url() }, context, std::move(completed));
+    }
 
 private Q_SLOTS:
     void initTestCase_data()
@@ -108,12 +111,17 @@ private Q_SLOTS:
             m_subject = std::make_unique<FakeSubject>();
     }
 
-    void cleanup() { m_subject.reset(); }
+    void cleanup()
+    {
+        m_subject.reset();
+        WAIT_FOR(networkThreads() == 0);
+    }
 
     void anAnswerComesFromTheEventLoop()
     {
         std::vector<UrlResult> results;
-        send(this, [&](UrlResult result) { results.push_back(std::move(result)); });
+        QObject context;
+        send(&context, [&](UrlResult result) { results.push_back(std::move(result)); });
         QVERIFY(results.empty());
         WAIT_FOR(m_subject->arrived() == 1);
         QVERIFY(results.empty());
@@ -127,8 +135,9 @@ private Q_SLOTS:
     void everyRequestIsAnsweredOnce()
     {
         std::vector<int> answers(4);
+        QObject context;
         for (int& count : answers) {
-            send(this, [&count](const UrlResult& result) { count += result == expected ? 1 : 100; });
+            send(&context, [&count](const UrlResult& result) { count += result == expected ? 1 : 100; });
         }
         WAIT_FOR(m_subject->arrived() == answers.size());
         m_subject->answerAll();
@@ -138,9 +147,9 @@ private Q_SLOTS:
 
     void anAnswerRunsAndEndsInTheThreadOfItsContext()
     {
-        OtherThread other;
         std::atomic<QThread*> ranIn = nullptr;
         std::atomic<QThread*> endedIn = nullptr;
+        OtherThread other;
         {
             const std::shared_ptr<int> held(new int, [&endedIn](const int* value) {
                 delete value;
@@ -157,8 +166,8 @@ private Q_SLOTS:
 
     void requestsMayBeSentFromAnyThread()
     {
-        OtherThread other;
         std::atomic<QThread*> ranIn = nullptr;
+        OtherThread other;
         QMetaObject::invokeMethod(other.context, [&] { send(other.context, [&ranIn](const UrlResult&) { ranIn = QThread::currentThread(); }); });
         WAIT_FOR(m_subject->arrived() == 1);
         m_subject->answerAll();
@@ -185,10 +194,11 @@ private Q_SLOTS:
         auto context = std::make_unique<QObject>();
         send(context.get(), [&isCalled](const UrlResult&) { isCalled = true; });
         bool isLastAnswered = false;
+        QObject living;
         WAIT_FOR(m_subject->arrived() == 1);
         m_subject->answerAll();
         context.reset();
-        send(this, [&isLastAnswered](const UrlResult&) { isLastAnswered = true; });
+        send(&living, [&isLastAnswered](const UrlResult&) { isLastAnswered = true; });
         WAIT_FOR(m_subject->arrived() == 2);
         m_subject->answerAll();
         WAIT_FOR(isLastAnswered);
