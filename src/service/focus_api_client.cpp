@@ -29,7 +29,8 @@ std::expected<QByteArray, ServiceFailure> acceptedBody(UrlResult result)
     return std::move(result->body);
 }
 
-template <typename T> Callback<UrlResult> decodingWith(std::expected<T, DecodeError> (*decode)(const QByteArray&), FocusAPIClient::Completion<T> completed)
+template <typename T>
+Callback<UrlResult> decodingWith(std::expected<T, DecodeError> (*decode)(const QByteArray&), FocusAPIClient::Completion<T> completed)
 {
     return [decode, completed = std::move(completed)](UrlResult result) mutable {
         const auto body = acceptedBody(std::move(result));

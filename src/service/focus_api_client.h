@@ -12,7 +12,8 @@ namespace orvanta {
 /// keeps no state and never retries. The session outlives it and its copies.
 class FocusAPIClient {
 public:
-    template <typename T> using Completion = Callback<std::expected<T, ServiceFailure>>;
+    template <typename T>
+    using Completion = Callback<std::expected<T, ServiceFailure>>;
 
     /// `baseURL` is an origin; `token` is the API key, which is sent as it is, even if it is empty.
     FocusAPIClient(UrlSession& session, QUrl baseURL, QString token);

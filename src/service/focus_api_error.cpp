@@ -8,7 +8,11 @@ namespace {
 
 struct Description {
     QString operator()(const TransportError& error) const { return error.description; }
-    template <typename Error> QString operator()(const Error& error) const { return error.description(); }
+    template <typename Error>
+    QString operator()(const Error& error) const
+    {
+        return error.description();
+    }
 };
 
 } // namespace
@@ -41,8 +45,14 @@ QString DecodeError::description() const
     return u"Orvanta's answer could not be read: \"%1\" has an unexpected value"_s.arg(key);
 }
 
-QString EncodeError::description() const { return u"The request could not be written: it holds a text that is not valid Unicode"_s; }
+QString EncodeError::description() const
+{
+    return u"The request could not be written: it holds a text that is not valid Unicode"_s;
+}
 
-QString ServiceFailure::description() const { return std::visit(Description {}, cause); }
+QString ServiceFailure::description() const
+{
+    return std::visit(Description {}, cause);
+}
 
 } // namespace orvanta

@@ -28,11 +28,7 @@ public:
 private:
     enum class Case { server, missingCredential, invalidResponse };
 
-    FocusAPIError(Case which, std::optional<int> statusCode)
-        : m_case(which)
-        , m_statusCode(statusCode)
-    {
-    }
+    FocusAPIError(Case which, std::optional<int> statusCode) : m_case(which), m_statusCode(statusCode) { }
 
     Case m_case;
     std::optional<int> m_statusCode;

@@ -56,7 +56,10 @@ std::expected<Json, DecodeError> parseObject(const QByteArray& body)
     return json;
 }
 
-std::optional<bool> asBool(const Json& value) { return value.is_boolean() ? std::optional(value.get<bool>()) : std::nullopt; }
+std::optional<bool> asBool(const Json& value)
+{
+    return value.is_boolean() ? std::optional(value.get<bool>()) : std::nullopt;
+}
 
 std::optional<std::int64_t> asInteger(const Json& value)
 {
@@ -156,7 +159,9 @@ std::expected<FocusPolicyResponse, DecodeError> decodeFocusPolicy(const QByteArr
     auto blockedApplications = member(*object, "blockedApplications", asApplications);
     if (!blockedApplications)
         return std::unexpected(blockedApplications.error());
-    return FocusPolicyResponse { .revision = *revision, .blockedDomains = *std::move(blockedDomains), .blockedApplications = *std::move(blockedApplications) };
+    return FocusPolicyResponse {
+        .revision = *revision, .blockedDomains = *std::move(blockedDomains), .blockedApplications = *std::move(blockedApplications)
+    };
 }
 
 std::expected<QByteArray, EncodeError> encodeMutation(const FocusPolicyMutation& mutation)

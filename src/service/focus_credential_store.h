@@ -8,10 +8,7 @@ namespace orvanta {
 /// means. Made on the spot by whoever needs the key; holds nothing.
 class FocusCredentialStore {
 public:
-    explicit FocusCredentialStore(SecretStore& secrets)
-        : m_secrets(secrets)
-    {
-    }
+    explicit FocusCredentialStore(SecretStore& secrets) : m_secrets(secrets) { }
 
     /// The key, exactly as stored, line breaks and all; an empty one is a key as well. Absent if there is none, if it
     /// cannot be read, or if it is not valid UTF-8.

@@ -16,7 +16,10 @@ const QString tooLarge = u"The answer is too large"_s;
 /// `value` as a header can carry it. A line break would end the header, and what follows would be read as headers of
 /// its own; HTTP tells whoever meets one inside a value to take it as a space. A space at the end does not belong to
 /// the value any more, so a key stored with a trailing line break works.
-QByteArray wireValue(QByteArray value) { return value.replace('\r', ' ').replace('\n', ' ').replace('\0', ' '); }
+QByteArray wireValue(QByteArray value)
+{
+    return value.replace('\r', ' ').replace('\n', ' ').replace('\0', ' ');
+}
 
 QNetworkRequest networkRequest(const HttpRequest& request, const QSslConfiguration& tls)
 {
@@ -73,9 +76,7 @@ QString description(QNetworkReply::NetworkError error, const QString& text)
 
 } // namespace
 
-HttpTransfer::HttpTransfer(HttpRequest request)
-    : m_request(std::move(request))
-    , m_deadline(this)
+HttpTransfer::HttpTransfer(HttpRequest request) : m_request(std::move(request)), m_deadline(this)
 {
     m_deadline.setSingleShot(true);
     m_deadline.setTimerType(Qt::PreciseTimer); // a coarse one may end a request a twentieth early
@@ -92,7 +93,10 @@ void HttpTransfer::start(std::shared_ptr<QNetworkAccessManager> manager, const Q
     sendRequest();
 }
 
-void HttpTransfer::fail(const QString& description) { finish(std::unexpected(TransportError { description })); }
+void HttpTransfer::fail(const QString& description)
+{
+    finish(std::unexpected(TransportError { description }));
+}
 
 void HttpTransfer::sendRequest()
 {
@@ -116,30 +120,31 @@ void HttpTransfer::sendRequest()
 void HttpTransfer::takeAnswer()
 {
     const QVariant status = m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
-    judge(status.isValid() ? std::optional(status.toInt()) : std::nullopt, m_reply->error());
-}
-
-void HttpTransfer::judge(std::optional<int> statusCode, QNetworkReply::NetworkError error)
-{
-    if (!statusCode || !isComplete(*statusCode, error))
-        return fail(description(error, m_reply->errorString()));
+    const int statusCode = status.toInt();
+    if (!status.isValid() || !isComplete(statusCode, m_reply->error()))
+        return fail(description(m_reply->error(), m_reply->errorString()));
 
     const QByteArray header = "Location";
-    auto next = redirected(m_request, *statusCode, m_reply->hasRawHeader(header) ? std::optional(m_reply->rawHeader(header)) : std::nullopt);
+    auto next = redirected(m_request, statusCode, m_reply->hasRawHeader(header) ? std::optional(m_reply->rawHeader(header)) : std::nullopt);
     if (!next)
         return finish(std::unexpected(std::move(next).error()));
-    if (!*next) {
-        // A packed body grows while it is read, so what has come does not tell its size.
-        QByteArray body = m_reply->read(largestBody + 1);
-        if (body.size() > largestBody)
-            return fail(tooLarge);
-        return finish(UrlResponse { .statusCode = statusCode, .body = std::move(body) });
-    }
+    if (*next)
+        return follow(**std::move(next));
+
+    // A packed body grows while it is read, so what has come does not tell its size.
+    QByteArray body = m_reply->read(largestBody + 1);
+    if (body.size() > largestBody)
+        return fail(tooLarge);
+    finish(UrlResponse { .statusCode = statusCode, .body = std::move(body) });
+}
+
+void HttpTransfer::follow(HttpRequest next)
+{
     if (++m_redirects > mostRedirects)
         return fail(u"The service redirected too many times"_s);
     m_reply->disconnect(this);
     m_reply->deleteLater();
-    m_request = **std::move(next);
+    m_request = std::move(next);
     sendRequest();
 }
 

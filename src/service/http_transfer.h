@@ -36,7 +36,7 @@ Q_SIGNALS:
 private:
     void sendRequest();
     void takeAnswer();
-    void judge(std::optional<int> statusCode, QNetworkReply::NetworkError error);
+    void follow(HttpRequest next);
     void finish(UrlResult result);
 
     HttpRequest m_request;

@@ -58,11 +58,7 @@ QSslConfiguration makeTls(const QList<QSslCertificate>& extraAuthorities)
 /// The part of the session that lives in its thread: starts the transfers and owns them.
 class NetworkUrlSession::Worker : public QObject {
 public:
-    Worker(QList<QSslCertificate> extraAuthorities, WallClock now)
-        : m_extraAuthorities(std::move(extraAuthorities))
-        , m_now(std::move(now))
-    {
-    }
+    Worker(QList<QSslCertificate> extraAuthorities, WallClock now) : m_extraAuthorities(std::move(extraAuthorities)), m_now(std::move(now)) { }
 
     void start(HttpTransfer* transfer)
     {

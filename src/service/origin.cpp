@@ -8,7 +8,10 @@ namespace orvanta {
 
 namespace {
 
-int effectivePort(const QUrl& url) { return url.port(url.scheme() == "https"_L1 ? 443 : 80); }
+int effectivePort(const QUrl& url)
+{
+    return url.port(url.scheme() == "https"_L1 ? 443 : 80);
+}
 
 } // namespace
 
@@ -26,6 +29,9 @@ bool isOnLoopback(const QUrl& url)
     return address.setAddress(host) && address.isLoopback();
 }
 
-bool isConfidential(const QUrl& url) { return url.scheme() == "https"_L1 || (url.scheme() == "http"_L1 && isOnLoopback(url)); }
+bool isConfidential(const QUrl& url)
+{
+    return url.scheme() == "https"_L1 || (url.scheme() == "http"_L1 && isOnLoopback(url));
+}
 
 } // namespace orvanta

@@ -8,7 +8,10 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-bool isRedirect(int statusCode) { return statusCode == 301 || statusCode == 302 || statusCode == 303 || statusCode == 307 || statusCode == 308; }
+bool isRedirect(int statusCode)
+{
+    return statusCode == 301 || statusCode == 302 || statusCode == 303 || statusCode == 307 || statusCode == 308;
+}
 
 bool becomesGet(const QByteArray& method, int statusCode)
 {
@@ -23,14 +26,16 @@ bool becomesGet(const QByteArray& method, int statusCode)
     }
 }
 
-template <typename Unwanted> void dropHeaders(HttpRequest& request, Unwanted isUnwanted)
+template <typename Unwanted>
+void dropHeaders(HttpRequest& request, Unwanted isUnwanted)
 {
     std::erase_if(request.headers, [&](const auto& header) { return isUnwanted(header.first.toLower()); });
 }
 
 } // namespace
 
-std::expected<std::optional<HttpRequest>, TransportError> redirected(const HttpRequest& request, int statusCode, const std::optional<QByteArray>& location)
+std::expected<std::optional<HttpRequest>, TransportError> redirected(
+    const HttpRequest& request, int statusCode, const std::optional<QByteArray>& location)
 {
     if (!isRedirect(statusCode) || !location || location->isEmpty())
         return std::nullopt;

@@ -56,7 +56,9 @@ std::expected<ServiceConfiguration, QString> ServiceConfiguration::make(const QS
         return std::unexpected((override ? u"ORVANTA_SERVICE_ORIGIN "_s : u"the built-in service origin "_s) + *found);
 
     const QUrl origin = page(url, QString());
-    return ServiceConfiguration { .origin = origin, .activityEndpoint = page(origin, u"/api/activity"_s), .blockedPage = page(origin, u"/focus/blocked"_s) };
+    return ServiceConfiguration {
+        .origin = origin, .activityEndpoint = page(origin, u"/api/activity"_s), .blockedPage = page(origin, u"/focus/blocked"_s)
+    };
 }
 
 } // namespace orvanta

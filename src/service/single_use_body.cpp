@@ -4,14 +4,15 @@
 
 namespace orvanta {
 
-SingleUseBody::SingleUseBody(QByteArray bytes, QObject* parent)
-    : QIODevice(parent)
-    , m_bytes(std::move(bytes))
+SingleUseBody::SingleUseBody(QByteArray bytes, QObject* parent) : QIODevice(parent), m_bytes(std::move(bytes))
 {
     open(QIODevice::ReadOnly | QIODevice::Unbuffered);
 }
 
-bool SingleUseBody::seek(qint64 position) { return position >= pos() && QIODevice::seek(position); }
+bool SingleUseBody::seek(qint64 position)
+{
+    return position >= pos() && QIODevice::seek(position);
+}
 
 qint64 SingleUseBody::readData(char* data, qint64 maxSize)
 {

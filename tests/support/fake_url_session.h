@@ -49,7 +49,8 @@ public:
         }
         if (oldest.context) {
             QMetaObject::invokeMethod(
-                oldest.context, [completed = std::move(oldest.completed), result = std::move(result)] { (*completed)(result); }, Qt::QueuedConnection);
+                oldest.context, [completed = std::move(oldest.completed), result = std::move(result)] { (*completed)(result); },
+                Qt::QueuedConnection);
         }
         return true;
     }

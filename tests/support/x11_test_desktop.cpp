@@ -61,7 +61,7 @@ xcb_window_t X11TestClient::create(const Look& look)
     // The user's own position and size (bits 0 and 1), so that no window manager places the window elsewhere.
     const std::array<std::uint32_t, 18> hints { 3, static_cast<std::uint32_t>(look.geometry.x()), static_cast<std::uint32_t>(look.geometry.y()) };
     setProperty(window, "WM_NORMAL_HINTS", XCB_ATOM_WM_SIZE_HINTS, hints);
-    m_connection->roundTrip();
+    m_made.push_back(window);
     return window;
 }
 
@@ -79,8 +79,15 @@ void X11TestClient::unmap(xcb_window_t window)
 
 void X11TestClient::destroy(xcb_window_t window)
 {
+    std::erase(m_made, window);
     xcb_destroy_window(m_connection->raw(), window);
     m_connection->roundTrip();
+}
+
+void X11TestClient::destroyAll()
+{
+    while (!m_made.empty())
+        destroy(m_made.back());
 }
 
 xcb_window_t X11TestClient::show(const Look& look)
@@ -140,9 +147,48 @@ bool X11TestClient::isViewable(xcb_window_t window)
     return attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE;
 }
 
+bool X11TestClient::hasKeyboard(xcb_window_t window)
+{
+    xcb_window_t focus = m_windows.focusWindow();
+    while (focus != XCB_NONE && focus != window) {
+        const XcbPtr<xcb_query_tree_reply_t> tree(xcb_query_tree_reply(m_connection->raw(), xcb_query_tree(m_connection->raw(), focus), nullptr));
+        focus = tree ? tree->parent : XCB_NONE;
+    }
+    return focus == window;
+}
+
+/// A question that window managers answer in its turn, by a property on our window.
+bool X11TestClient::waitForWindowManager()
+{
+    const xcb_atom_t extents = atom("_NET_FRAME_EXTENTS");
+    xcb_delete_property(m_connection->raw(), m_clock, extents);
+    xcb_client_message_event_t message {};
+    message.response_type = XCB_CLIENT_MESSAGE;
+    message.format = 32;
+    message.window = m_clock;
+    message.type = atom("_NET_REQUEST_FRAME_EXTENTS");
+    xcb_send_event(m_connection->raw(), 0, m_connection->root(), XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
+        reinterpret_cast<const char*>(&message));
+    const auto isAnswered = [this, extents] {
+        const XcbPtr<xcb_get_property_reply_t> answer(xcb_get_property_reply(
+            m_connection->raw(), xcb_get_property(m_connection->raw(), 0, m_clock, extents, XCB_GET_PROPERTY_TYPE_ANY, 0, 4), nullptr));
+        return answer && answer->value_len > 0;
+    };
+    return QTest::qWaitFor(isAnswered, patience);
+}
+
 bool X11TestClient::waitForActive(xcb_window_t window)
 {
-    return QTest::qWaitFor([this, window] { return m_windows.activeWindow() == window; }, patience);
+    const auto isActive = [this, window] { return m_windows.activeWindow() == window && hasKeyboard(window); };
+    // What the window manager does about one event makes the next: it is done when it changes nothing any more.
+    const auto isAtRest = [this, &isActive] {
+        for (int i = 0; i < 3; ++i) {
+            if (!isActive() || !waitForWindowManager())
+                return false;
+        }
+        return isActive();
+    };
+    return QTest::qWaitFor(isAtRest, patience);
 }
 
 bool X11TestClient::waitForNoActive()

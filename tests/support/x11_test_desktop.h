@@ -35,6 +35,8 @@ public:
     void map(xcb_window_t window);
     void unmap(xcb_window_t window);
     void destroy(xcb_window_t window);
+    /// Destroys every window that this client made and has not destroyed.
+    void destroyAll();
 
     /// Makes a window, maps it, and waits until it is the active one (of an override-redirect one: until it is viewable).
     [[nodiscard]] xcb_window_t show(const Look& look);
@@ -49,6 +51,7 @@ public:
     void setInputFocus(xcb_window_t window);
 
     [[nodiscard]] bool isViewable(xcb_window_t window);
+    /// Waits until the window is the active one and has the keyboard, and the window manager has nothing left to do about it.
     [[nodiscard]] bool waitForActive(xcb_window_t window);
     /// Waits until no window is active that exists.
     [[nodiscard]] bool waitForNoActive();
@@ -64,9 +67,12 @@ public:
 
 private:
     [[nodiscard]] xcb_timestamp_t serverTime();
+    [[nodiscard]] bool hasKeyboard(xcb_window_t window);
+    [[nodiscard]] bool waitForWindowManager();
 
     std::unique_ptr<X11Connection> m_connection;
     X11Windows m_windows;
+    std::vector<xcb_window_t> m_made;
     xcb_window_t m_clock; ///< never mapped: what changes on it tells the server's time
 };
 

@@ -22,11 +22,8 @@ protected:
     /// The monitor to be tested. Called anew for each test.
     virtual std::unique_ptr<ActivationMonitor> makeMonitor() = 0;
 
-    /// The user brings the application to the front. It need not be there yet when this returns.
+    /// The user brings the application to the front. It is there when this returns, though it need not have been told yet.
     virtual void bringToFront(ActivationMonitor& monitor, Front application) = 0;
-
-    /// Lets what is in front come to rest, so that nothing of it is still to be told.
-    virtual void settle() { }
 
     [[nodiscard]] virtual QString identifierOf(Front application) const = 0;
 
@@ -49,7 +46,6 @@ private Q_SLOTS:
     {
         const auto monitor = makeMonitor();
         bringToFront(*monitor, Front::second);
-        settle();
         Told told;
         const auto observer = monitor->observe([&](const std::optional<QString>& identifier) {
             QCOMPARE(QThread::currentThread(), qApp->thread());
@@ -67,7 +63,6 @@ private Q_SLOTS:
     {
         const auto monitor = makeMonitor();
         bringToFront(*monitor, Front::first);
-        settle();
         Told told;
         const auto observer = monitor->observe([&](const std::optional<QString>& identifier) { told.push_back(identifier); });
         bringToFront(*monitor, Front::second);
@@ -78,7 +73,6 @@ private Q_SLOTS:
     {
         const auto monitor = makeMonitor();
         bringToFront(*monitor, Front::first);
-        settle();
         Told told;
         const auto observer = monitor->observe([&](const std::optional<QString>& identifier) { told.push_back(identifier); });
         bringToFront(*monitor, Front::nameless);
@@ -91,7 +85,6 @@ private Q_SLOTS:
     {
         const auto monitor = makeMonitor();
         bringToFront(*monitor, Front::second);
-        settle();
         Told one;
         Told other;
         const auto first = monitor->observe([&](const std::optional<QString>& identifier) { one.push_back(identifier); });
@@ -105,7 +98,6 @@ private Q_SLOTS:
     {
         const auto monitor = makeMonitor();
         bringToFront(*monitor, Front::second);
-        settle();
         int silent = 0;
         Told told;
         auto ended = monitor->observe([&](const std::optional<QString>&) { ++silent; });
@@ -121,7 +113,6 @@ private Q_SLOTS:
         auto monitor = makeMonitor();
         ActivationMonitor& watched = *monitor;
         bringToFront(watched, Front::second);
-        settle();
         int told = 0;
         Subscription observer;
         observer = monitor->observe([&](const std::optional<QString>&) {

@@ -3,6 +3,7 @@
 #include "platform/cloud_store.h"
 #include "support/contracts/key_value_store_contract.h"
 
+#include <QCoreApplication>
 #include <QThread>
 
 namespace orvanta {
@@ -28,7 +29,7 @@ private Q_SLOTS:
         const QString key = QStringLiteral("blockedDomains");
         std::vector<std::optional<StoredValue>> seen;
         const auto observer = store->observeExternalChanges([&] {
-            QCOMPARE(QThread::currentThread(), qApp->thread());
+            QCOMPARE(QThread::currentThread(), QCoreApplication::instance()->thread());
             seen.push_back(store->value(key));
         });
         for (const QString& text : { QStringLiteral("a.example"), QStringLiteral("b.example"), QStringLiteral("c.example") }) {

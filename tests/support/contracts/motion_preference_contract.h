@@ -2,6 +2,7 @@
 
 #include "platform/motion_preference.h"
 
+#include <QCoreApplication>
 #include <QObject>
 #include <QTest>
 #include <QThread>
@@ -29,7 +30,7 @@ private Q_SLOTS:
         QCOMPARE(preference->reduceMotion(), false);
         std::vector<bool> told;
         const auto observer = preference->observe([&](bool reduceMotion) {
-            QCOMPARE(QThread::currentThread(), qApp->thread());
+            QCOMPARE(QThread::currentThread(), QCoreApplication::instance()->thread());
             QCOMPARE(preference->reduceMotion(), reduceMotion);
             told.push_back(reduceMotion);
         });

@@ -23,7 +23,7 @@ protected:
     /// A desktop as above, with nothing hidden. Called anew for each test.
     virtual std::unique_ptr<RunningApplications> makeApplications() = 0;
 
-    /// The user brings the application to the front. It need not be there yet when this returns.
+    /// The user brings the application to the front. It is there when this returns.
     virtual void bringToFront(RunningApplications& applications, Running application) = 0;
 
     /// No application has the keyboard any more. It need not be so yet when this returns.

@@ -217,7 +217,8 @@ private Q_SLOTS:
         Outcome<FocusPolicyResponse> second;
         {
             const FocusAPIClient original = client();
-            const FocusAPIClient copy = original;
+            FocusAPIClient copy = client(u"https://other.example"_s);
+            copy = original;
             original.fetchFocusState(this, first.keep());
             copy.fetchPolicy(this, second.keep());
         }
