@@ -45,11 +45,10 @@ int main(int argc, char** argv)
     QGuiApplication::setDesktopFileName(u"com.orvanta.Focus"_s);
 
     const QStringList arguments = QGuiApplication::arguments();
-    const LaunchOptions options = LaunchOptions::read(arguments);
     SingleInstance instance;
-    if (!options.isUiTest && instance.claim() == SingleInstance::Claim::anotherOneRuns)
+    if (!LaunchOptions::read(arguments).isUiTest && instance.claim() == SingleInstance::Claim::anotherOneRuns)
         return EXIT_SUCCESS;
-    QGuiApplication::setQuitOnLastWindowClosed(options.isBlockedPreview);
+    QGuiApplication::setQuitOnLastWindowClosed(false); // the program watches on without its window
 
     QQmlEngine engine;
     engine.addImportPath(u"qrc:/qt/qml"_s);

@@ -32,16 +32,17 @@ int boxWidth(double deviation)
 /// Averages over `box` bytes, an odd number, along one line of `count` bytes that are `stride` apart.
 void blurLine(std::uint8_t* line, int count, qsizetype stride, int box, std::vector<std::uint8_t>& copy)
 {
+    const auto at = [&copy](int index) -> std::uint8_t& { return copy[static_cast<std::size_t>(index)]; };
     const int half = box / 2;
     for (int i = 0; i < count; ++i)
-        copy[static_cast<std::size_t>(i + half)] = line[i * stride];
+        at(half + i) = line[i * stride];
     int sum = 0;
     for (int i = 0; i < box - 1; ++i)
-        sum += copy[static_cast<std::size_t>(i)];
+        sum += at(i);
     for (int i = 0; i < count; ++i) {
-        sum += copy[static_cast<std::size_t>(i + box - 1)];
+        sum += at(box - 1 + i);
         line[i * stride] = static_cast<std::uint8_t>((sum + half) / box);
-        sum -= copy[static_cast<std::size_t>(i)];
+        sum -= at(i);
     }
 }
 
@@ -50,7 +51,7 @@ void blur(QImage& alpha, double deviation)
     const int box = boxWidth(deviation);
     const int longest = std::max(alpha.width(), alpha.height());
     // The space on both sides stays zero: outside the picture there is nothing.
-    std::vector<std::uint8_t> copy(static_cast<std::size_t>(longest + box));
+    std::vector<std::uint8_t> copy(static_cast<std::size_t>(longest) + static_cast<std::size_t>(box));
     const auto pass = [&](std::uint8_t* start, int lines, qsizetype lineStride, int count, qsizetype stride) {
         std::ranges::fill(copy, std::uint8_t { 0 });
         for (int line = 0; line < lines; ++line)

@@ -21,6 +21,11 @@ Window {
     minimumWidth: 560
     minimumHeight: 620
 
+    onClosing: {
+        if (model.isBlockedPreview)
+            Qt.quit()
+    }
+
     Loader {
         id: content
         anchors.fill: parent

@@ -14,8 +14,8 @@ namespace {
 constexpr std::chrono::milliseconds shortestPatience { 250 };
 constexpr std::chrono::milliseconds longestPatience { 8000 };
 
-/// The keyboard really went elsewhere: not into the same window's depth, and not for a menu's or a shortcut's grab.
-bool isLossOfFocus(const xcb_focus_out_event_t& event)
+/// The keyboard really came or went: not into the same window's depth, and not for a menu's or a shortcut's grab.
+bool movesKeyboard(const xcb_focus_in_event_t& event)
 {
     return (event.mode == XCB_NOTIFY_MODE_NORMAL || event.mode == XCB_NOTIFY_MODE_WHILE_GRABBED) && event.detail != XCB_NOTIFY_DETAIL_INFERIOR;
 }
@@ -106,11 +106,11 @@ void X11ActivationMonitor::takeEvents()
 void X11ActivationMonitor::handle(const xcb_generic_event_t& event)
 {
     const auto type = event.response_type & 0x7f;
-    if (type == XCB_FOCUS_OUT) {
-        const auto& loss = reinterpret_cast<const xcb_focus_out_event_t&>(event);
-        m_hasLostFocus = m_hasLostFocus || (loss.event == m_active && isLossOfFocus(loss));
+    if (type == XCB_FOCUS_OUT || type == XCB_FOCUS_IN) {
+        const auto& move = reinterpret_cast<const xcb_focus_in_event_t&>(event);
+        m_hasKeyboardMoved = m_hasKeyboardMoved || (move.event == m_active && movesKeyboard(move));
     } else if (type == XCB_UNMAP_NOTIFY) {
-        m_hasLostFocus = m_hasLostFocus || reinterpret_cast<const xcb_unmap_notify_event_t&>(event).window == m_active;
+        m_hasKeyboardMoved = m_hasKeyboardMoved || reinterpret_cast<const xcb_unmap_notify_event_t&>(event).window == m_active;
     } else if (type == XCB_PROPERTY_NOTIFY) {
         const auto& notify = reinterpret_cast<const xcb_property_notify_event_t&>(event);
         if (notify.window == m_session->connection->root() && notify.atom == m_session->connection->atoms().netActiveWindow)
@@ -118,25 +118,25 @@ void X11ActivationMonitor::handle(const xcb_generic_event_t& event)
     }
 }
 
-/// Remembers `active`, and watches it for the loss of the keyboard: the window manager may say the same window twice
-/// without anything between, and it may say something between that is over before we can read it.
+/// Remembers `active`, and watches whether the keyboard leaves it or comes to it: the window manager may say the same
+/// window twice without anything between, and it may say something between that is over before we can read it.
 void X11ActivationMonitor::follow(xcb_window_t active)
 {
     xcb_connection_t* connection = m_session->connection->raw();
     const std::uint32_t nothing = XCB_EVENT_MASK_NO_EVENT;
-    const std::uint32_t loss = XCB_EVENT_MASK_FOCUS_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+    const std::uint32_t moves = XCB_EVENT_MASK_FOCUS_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
     if (m_active != XCB_NONE && m_active != active)
         xcb_change_window_attributes(connection, m_active, XCB_CW_EVENT_MASK, &nothing);
     if (active != XCB_NONE)
-        xcb_change_window_attributes(connection, active, XCB_CW_EVENT_MASK, &loss);
+        xcb_change_window_attributes(connection, active, XCB_CW_EVENT_MASK, &moves);
     xcb_flush(connection);
     m_active = active;
-    m_hasLostFocus = false;
+    m_hasKeyboardMoved = false;
 }
 
 void X11ActivationMonitor::consider(xcb_window_t active)
 {
-    if (m_session->connection->isLost() || (active == m_active && !m_hasLostFocus))
+    if (m_session->connection->isLost() || (active == m_active && !m_hasKeyboardMoved))
         return;
     follow(active);
     if (m_panels.contains(active))

@@ -14,8 +14,8 @@ class X11Session {
 public:
     explicit X11Session(X11Windows::Memory memory) : m_memory(memory) { }
 
-    /// What to ask through, until the next call; null while there is no X server. That it is missing or was lost is said
-    /// on standard error, once until it is back.
+    /// What to ask through, until the next call; null while there is no X server, which is said on standard error, once
+    /// until it is back.
     [[nodiscard]] X11Windows* windows();
 
     /// How often the server was waited for on the present connection.

@@ -226,7 +226,7 @@ std::vector<X11Window> X11Windows::describe(std::span<const xcb_window_t> window
     }
     std::unordered_map<xcb_window_t, X11Window> fetched;
     if (!unknown.empty()) {
-        for (X11Window& window : fetch(unknown))
+        for (X11Window& window : fetch(unknown, m_memory))
             fetched.insert_or_assign(window.id, std::move(window));
     }
     if (m_memory == Memory::followed)
@@ -242,7 +242,7 @@ std::vector<X11Window> X11Windows::describe(std::span<const xcb_window_t> window
     return result;
 }
 
-std::vector<X11Window> X11Windows::fetch(std::span<const xcb_window_t> windows)
+std::vector<X11Window> X11Windows::fetch(std::span<const xcb_window_t> windows, Memory memory)
 {
     if (windows.empty())
         return {};
@@ -251,7 +251,7 @@ std::vector<X11Window> X11Windows::fetch(std::span<const xcb_window_t> windows)
     std::vector<WindowRequests> requests;
     requests.reserve(windows.size());
     for (const xcb_window_t window : windows) {
-        if (m_memory == Memory::followed) {
+        if (memory == Memory::followed) {
             // Before the properties are asked for, so that no change falls between.
             const std::uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
             xcb_change_window_attributes(m_connection.raw(), window, XCB_CW_EVENT_MASK, &events);
@@ -371,7 +371,7 @@ bool X11Windows::isUnmanagedPanelShown()
         if (attributes && attributes->override_redirect && attributes->map_state == XCB_MAP_STATE_VIEWABLE)
             candidates.push_back(children[i]);
     }
-    const std::vector<X11Window> windows = fetch(candidates);
+    const std::vector<X11Window> windows = fetch(candidates, Memory::none);
     return std::ranges::any_of(windows, [](const X11Window& window) { return window.isPanel; });
 }
 

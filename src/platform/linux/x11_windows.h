@@ -96,7 +96,7 @@ public:
 
 private:
     void forgetAllBut(const X11Desktop& desktop);
-    [[nodiscard]] std::vector<X11Window> fetch(std::span<const xcb_window_t> windows);
+    [[nodiscard]] std::vector<X11Window> fetch(std::span<const xcb_window_t> windows, Memory memory);
 
     X11Connection& m_connection;
     Memory m_memory;

@@ -11,6 +11,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <tuple>
 #include <utility>
 
 #include <fcntl.h>
@@ -99,8 +100,9 @@ Result<void> prepare(const QByteArray& name, const QByteArray& content, mode_t m
     Descriptor file(::open(name.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
     if (!file.isOpen())
         return failure(systemError());
-    if (mode != 0600 && ::fchmod(file.number(), mode) != 0)
-        return failure(systemError());
+    // On a file system without permissions of its own this fails, and is no reason not to save.
+    if (mode != 0600)
+        std::ignore = ::fchmod(file.number(), mode);
     if (const auto result = writeAll(file, content); !result)
         return result;
     if (!isOnDisk(file) || !file.close())
@@ -192,8 +194,8 @@ Result<QString> moveAside(const QString& path)
         aside = u"%1-%2"_s.arg(stem).arg(number);
     if (std::rename(QFile::encodeName(target).constData(), QFile::encodeName(aside).constData()) != 0)
         return failure(systemError());
-    if (const auto result = syncFolder(folderOf(target)); !result)
-        return std::unexpected(result.error());
+    // Should this fail, a power failure may undo the step: the content is then found, and moved, once more.
+    std::ignore = syncFolder(folderOf(target));
     return aside;
 }
 

@@ -151,12 +151,14 @@ class Application(Process):
         return self.config / "orvanta-focus" / "settings.json"
 
     def stored_lists(self):
-        """The lists in the settings file, as (identifiers, domains); None while it is not there."""
+        """The lists in the settings file, as (identifiers, domains); None for what is not there yet."""
         try:
             settings = json.loads(self.settings_file.read_text())
         except FileNotFoundError:
-            return None
-        return [record["bundleIdentifier"] for record in json.loads(settings["blockedApplications"])], settings["blockedDomains"]
+            return None, None
+        encoded = settings.get("blockedApplications")
+        identifiers = None if encoded is None else [record["bundleIdentifier"] for record in json.loads(encoded)]
+        return identifiers, settings.get("blockedDomains")
 
     def wait_for_stored(self, identifiers, domains=()):
         until(

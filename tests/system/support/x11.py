@@ -4,6 +4,8 @@ import subprocess
 
 from Xlib import X, display, error
 
+from .waiting import until
+
 _EVERY_TYPE = X.AnyPropertyType
 _connection = None
 
@@ -202,8 +204,22 @@ def pixel(x, y):
 
 
 def activate(window):
-    """Brings the window to the front as a task switcher does."""
+    """Brings the window to the front as a task switcher does. Returns when the window manager has done so, whatever
+    became of it since."""
+    if active_window() == window:
+        return
+    root().change_attributes(event_mask=X.PropertyChangeMask)
+    _active_window_has_changed()  # forgets what was before
     run("wmctrl", "-i", "-a", hex(window))
+    until(_active_window_has_changed, lambda: f"window {window:#x} is activated; {active_window() or 0:#x} is active")
+
+
+def _active_window_has_changed():
+    changed = False
+    while connection().pending_events():
+        event = connection().next_event()
+        changed |= event.type == X.PropertyNotify and event.atom == connection().intern_atom("_NET_ACTIVE_WINDOW")
+    return changed
 
 
 def close(window):
