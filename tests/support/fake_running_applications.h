@@ -73,7 +73,7 @@ private:
     };
 
     CallLog& m_log;
-    std::vector<Instance> m_running; ///< in the order in which they were started
+    std::vector<Instance> m_running;  ///< in the order in which they were started
     std::vector<std::size_t> m_order; ///< places in m_running of what is visible, the front last
 };
 

@@ -52,8 +52,9 @@ xcb_window_t X11TestClient::create(const Look& look)
     const xcb_window_t window = xcb_generate_id(raw);
     const std::uint32_t overrideRedirect = look.isOverrideRedirect ? 1 : 0;
     xcb_create_window(raw, XCB_COPY_FROM_PARENT, window, m_connection->root(), static_cast<std::int16_t>(look.geometry.x()),
-        static_cast<std::int16_t>(look.geometry.y()), static_cast<std::uint16_t>(look.geometry.width()), static_cast<std::uint16_t>(look.geometry.height()), 0,
-        XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, XCB_CW_OVERRIDE_REDIRECT, &overrideRedirect);
+        static_cast<std::int16_t>(look.geometry.y()), static_cast<std::uint16_t>(look.geometry.width()),
+        static_cast<std::uint16_t>(look.geometry.height()), 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, XCB_CW_OVERRIDE_REDIRECT,
+        &overrideRedirect);
     if (!look.instanceName.isEmpty() || !look.className.isEmpty())
         setText(window, "WM_CLASS", look.instanceName + '\0' + look.className + '\0');
     if (look.transientFor != XCB_NONE)
@@ -114,8 +115,8 @@ void X11TestClient::setProperty(xcb_window_t window, const QByteArray& property,
 
 void X11TestClient::setText(xcb_window_t window, const QByteArray& property, const QByteArray& value)
 {
-    xcb_change_property(m_connection->raw(), XCB_PROP_MODE_REPLACE, window, atom(property), XCB_ATOM_STRING, 8, static_cast<std::uint32_t>(value.size()),
-        value.constData());
+    xcb_change_property(m_connection->raw(), XCB_PROP_MODE_REPLACE, window, atom(property), XCB_ATOM_STRING, 8,
+        static_cast<std::uint32_t>(value.size()), value.constData());
     m_connection->roundTrip();
 }
 
@@ -225,7 +226,7 @@ std::vector<int> OpenSockets::list()
 {
     std::vector<int> sockets;
     for (const QString& name : QDir(QStringLiteral("/proc/self/fd")).entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot)) {
-        struct stat status { };
+        struct stat status {};
         if (const int descriptor = name.toInt(); ::fstat(descriptor, &status) == 0 && S_ISSOCK(status.st_mode))
             sockets.push_back(descriptor);
     }
@@ -260,13 +261,19 @@ bool StartedApplication::waitForWindows(std::size_t count)
     return QTest::qWaitFor([this, count] { return windows().size() >= count; }, patience);
 }
 
-std::vector<xcb_window_t> StartedApplication::windows() { return m_client.windowsOf(m_process.processId()); }
+std::vector<xcb_window_t> StartedApplication::windows()
+{
+    return m_client.windowsOf(m_process.processId());
+}
 
 bool StartedApplication::isViewable()
 {
     return std::ranges::any_of(windows(), [this](xcb_window_t window) { return m_client.isViewable(window); });
 }
 
-bool run(const QString& program, const QStringList& arguments) { return QProcess::execute(program, arguments) == 0; }
+bool run(const QString& program, const QStringList& arguments)
+{
+    return QProcess::execute(program, arguments) == 0;
+}
 
 } // namespace orvanta::testing

@@ -20,7 +20,10 @@ bool tellTheSameApplication(const X11Window& left, const X11Window& right)
         && left.process == right.process;
 }
 
-std::optional<QString> nonEmpty(const QString& text) { return text.isEmpty() ? std::nullopt : std::optional(text); }
+std::optional<QString> nonEmpty(const QString& text)
+{
+    return text.isEmpty() ? std::nullopt : std::optional(text);
+}
 
 } // namespace
 

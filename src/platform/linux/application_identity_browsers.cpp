@@ -10,7 +10,7 @@ namespace {
 
 struct Browser {
     QString identifier;
-    QStringList desktopIds; ///< without their suffix: distributions' packages, flatpaks, snaps
+    QStringList desktopIds;    ///< without their suffix: distributions' packages, flatpaks, snaps
     QStringList windowClasses; ///< in lower case
 };
 

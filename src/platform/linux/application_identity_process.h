@@ -14,7 +14,7 @@ namespace orvanta {
 /// nothing of the kind.
 struct ProcessTraits {
     QString sandboxEntry; ///< the desktop entry that its flatpak or snap names
-    QString program; ///< base name of its executable; of an interpreter, of its script
+    QString program;      ///< base name of its executable; of an interpreter, of its script
 
     bool operator==(const ProcessTraits&) const = default;
 };

@@ -8,7 +8,10 @@ namespace orvanta {
 
 namespace {
 
-QString baseName(const QString& path) { return path.sliced(path.lastIndexOf(u'/') + 1); }
+QString baseName(const QString& path)
+{
+    return path.sliced(path.lastIndexOf(u'/') + 1);
+}
 
 /// "python3.11" -> "python", "electron28" -> "electron".
 QString withoutVersion(const QString& program)
@@ -19,15 +22,41 @@ QString withoutVersion(const QString& program)
     return program.first(end);
 }
 
-bool isOneOf(const QSet<QString>& names, const QString& program) { return names.contains(program) || names.contains(withoutVersion(program)); }
+bool isOneOf(const QSet<QString>& names, const QString& program)
+{
+    return names.contains(program) || names.contains(withoutVersion(program));
+}
 
 /// What runs a script or an archive that stands among its words.
 bool isInterpreter(const QString& program)
 {
     static const QSet<QString> names {
-        u"sh"_s, u"bash"_s, u"dash"_s, u"zsh"_s, u"ksh"_s, u"fish"_s, u"busybox"_s, u"python"_s, u"pypy"_s, u"perl"_s, u"ruby"_s, u"node"_s,
-        u"nodejs"_s, u"java"_s, u"php"_s, u"lua"_s, u"luajit"_s, u"tclsh"_s, u"wish"_s, u"guile"_s, u"gjs"_s, u"gjs-console"_s, u"mono"_s,
-        u"dotnet"_s, u"electron"_s, u"qml"_s,
+        u"sh"_s,
+        u"bash"_s,
+        u"dash"_s,
+        u"zsh"_s,
+        u"ksh"_s,
+        u"fish"_s,
+        u"busybox"_s,
+        u"python"_s,
+        u"pypy"_s,
+        u"perl"_s,
+        u"ruby"_s,
+        u"node"_s,
+        u"nodejs"_s,
+        u"java"_s,
+        u"php"_s,
+        u"lua"_s,
+        u"luajit"_s,
+        u"tclsh"_s,
+        u"wish"_s,
+        u"guile"_s,
+        u"gjs"_s,
+        u"gjs-console"_s,
+        u"mono"_s,
+        u"dotnet"_s,
+        u"electron"_s,
+        u"qml"_s,
     };
     return isOneOf(names, program);
 }
@@ -36,8 +65,21 @@ bool isInterpreter(const QString& program)
 bool isLauncher(const QString& program)
 {
     static const QSet<QString> names {
-        u"flatpak"_s, u"bwrap"_s, u"snap"_s, u"wine"_s, u"wine-preloader"_s, u"wine64-preloader"_s, u"gtk-launch"_s, u"gapplication"_s, u"xdg-open"_s,
-        u"pkexec"_s, u"sudo"_s, u"ssh"_s, u"dbus-launch"_s, u"dbus-run-session"_s, u"systemd-run"_s,
+        u"flatpak"_s,
+        u"bwrap"_s,
+        u"snap"_s,
+        u"wine"_s,
+        u"wine-preloader"_s,
+        u"wine64-preloader"_s,
+        u"gtk-launch"_s,
+        u"gapplication"_s,
+        u"xdg-open"_s,
+        u"pkexec"_s,
+        u"sudo"_s,
+        u"ssh"_s,
+        u"dbus-launch"_s,
+        u"dbus-run-session"_s,
+        u"systemd-run"_s,
     };
     return isOneOf(names, program);
 }
@@ -114,9 +156,18 @@ const DesktopEntryRecord* DesktopEntryTable::at(const Places& places, const QStr
     return place == places.cend() ? nullptr : &m_records[*place];
 }
 
-const DesktopEntryRecord* DesktopEntryTable::byId(const QString& id) const { return at(m_byId, id); }
-const DesktopEntryRecord* DesktopEntryTable::byWindowClass(const QString& windowClass) const { return at(m_byWindowClass, windowClass); }
-const DesktopEntryRecord* DesktopEntryTable::byProgram(const QString& program) const { return at(m_byProgram, program); }
+const DesktopEntryRecord* DesktopEntryTable::byId(const QString& id) const
+{
+    return at(m_byId, id);
+}
+const DesktopEntryRecord* DesktopEntryTable::byWindowClass(const QString& windowClass) const
+{
+    return at(m_byWindowClass, windowClass);
+}
+const DesktopEntryRecord* DesktopEntryTable::byProgram(const QString& program) const
+{
+    return at(m_byProgram, program);
+}
 
 const DesktopEntryRecord* DesktopEntryTable::byWindowClassInAnyCase(const QString& windowClass) const
 {

@@ -14,8 +14,8 @@ struct ApplicationTraits {
     QString sandboxEntry; ///< the desktop entry that a flatpak or a snap says it was started from
     QString gtkApplicationId;
     QString instanceName; ///< the first part of WM_CLASS
-    QString className; ///< the second
-    QString program; ///< the base name of what the process runs, as programOfCommand() gives it
+    QString className;    ///< the second
+    QString program;      ///< the base name of what the process runs, as programOfCommand() gives it
 
     bool operator==(const ApplicationTraits&) const = default;
 };
@@ -25,8 +25,8 @@ struct DesktopEntryRecord {
     QString id; ///< with its suffix
     QString name;
     QString startupWmClass;
-    QString program; ///< as programOfCommand() gives it
-    qsizetype words = 0; ///< of its command, field codes not counted
+    QString program;      ///< as programOfCommand() gives it
+    qsizetype words = 0;  ///< of its command, field codes not counted
     bool isListed = true; ///< false for what menus do not show
 };
 

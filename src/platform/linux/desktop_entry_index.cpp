@@ -40,7 +40,10 @@ std::string environment(const char* name, const std::string& otherwise)
     return value.isEmpty() ? otherwise : value.toStdString();
 }
 
-std::int64_t secondsNow() { return std::chrono::duration_cast<std::chrono::seconds>(std::chrono::system_clock::now().time_since_epoch()).count(); }
+std::int64_t secondsNow()
+{
+    return std::chrono::duration_cast<std::chrono::seconds>(std::chrono::system_clock::now().time_since_epoch()).count();
+}
 
 } // namespace
 
@@ -87,7 +90,7 @@ void DesktopEntryIndex::refresh()
 
 DesktopEntryIndex::Stamp DesktopEntryIndex::stampOf(const std::string& path)
 {
-    struct stat status { };
+    struct stat status {};
     if (::stat(path.c_str(), &status) != 0)
         return {};
     return { .device = status.st_dev,

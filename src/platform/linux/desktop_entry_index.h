@@ -61,7 +61,7 @@ private:
 
     std::vector<std::string> m_roots;
     std::vector<Folder> m_folders; ///< every folder that was looked into, absent ones too
-    Files m_files; ///< by path
+    Files m_files;                 ///< by path
     DesktopEntryTable m_entries;
     std::uint64_t m_generation = 0;
     bool m_isRead = false;

@@ -47,7 +47,8 @@ std::optional<Screen> QtScreens::main() const
     if (all.empty())
         return std::nullopt;
     if (const std::optional<QRect> window = m_keyWindowGeometry()) {
-        const auto holder = std::ranges::find_if(all, [centre = window->center()](const Display& display) { return display.nativeFrame.contains(centre); });
+        const auto holder
+            = std::ranges::find_if(all, [centre = window->center()](const Display& display) { return display.nativeFrame.contains(centre); });
         if (holder != all.end())
             return holder->screen;
     }

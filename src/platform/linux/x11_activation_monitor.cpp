@@ -36,10 +36,11 @@ Subscription X11ActivationMonitor::observe(Callback<std::optional<QString>> acti
         open();
     if (m_session)
         takeEvents();
-    return m_observers.add([since = m_places, callback = std::move(activated)](std::uint64_t place, const std::optional<QString>& identifier) mutable {
-        if (place >= since)
-            callback(identifier);
-    });
+    return m_observers.add(
+        [since = m_places, callback = std::move(activated)](std::uint64_t place, const std::optional<QString>& identifier) mutable {
+            if (place >= since)
+                callback(identifier);
+        });
 }
 
 void X11ActivationMonitor::open()

@@ -57,8 +57,8 @@ private:
 
     std::unique_ptr<Session> m_session;
     xcb_window_t m_active = XCB_NONE; ///< as it was read last
-    bool m_hasKeyboardMoved = false; ///< whether that window was seen losing or getting the keyboard since
-    bool m_hasBegun = false; ///< whether m_active was ever read
+    bool m_hasKeyboardMoved = false;  ///< whether that window was seen losing or getting the keyboard since
+    bool m_hasBegun = false;          ///< whether m_active was ever read
     std::chrono::milliseconds m_patience;
     QObject m_context; ///< last, so that nothing queued outlives what it uses
 };

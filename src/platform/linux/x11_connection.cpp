@@ -72,7 +72,8 @@ X11Connection::~X11Connection()
 
 Result<void> X11Connection::prepare(int screenNumber)
 {
-    const auto failure = [this] { return PlatformError { u"The X display cannot be used: %1."_s.arg(reason(xcb_connection_has_error(m_connection))) }; };
+    const auto failure
+        = [this] { return PlatformError { u"The X display cannot be used: %1."_s.arg(reason(xcb_connection_has_error(m_connection))) }; };
     if (isLost())
         return std::unexpected(failure());
 

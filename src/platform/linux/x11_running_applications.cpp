@@ -16,7 +16,10 @@ namespace {
 /// What "on every virtual desktop" is written as.
 constexpr std::uint32_t everyDesktop = 0xFFFFFFFF;
 
-bool showsItself(const X11Window& window) { return !window.isDesktopOrDock && !window.skipsTaskbar; }
+bool showsItself(const X11Window& window)
+{
+    return !window.isDesktopOrDock && !window.skipsTaskbar;
+}
 
 /// Whether the window is a dialog of one of `windows`: the window manager takes it along with that one. Windows that say
 /// they are each other's dialogs are none.

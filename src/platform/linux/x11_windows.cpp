@@ -50,7 +50,10 @@ std::vector<xcb_window_t> windowList(const PropertyReply& reply)
     return { values.begin(), values.end() };
 }
 
-bool contains(const PropertyReply& reply, xcb_atom_t atom) { return std::ranges::find(numbers(reply), atom) != numbers(reply).end(); }
+bool contains(const PropertyReply& reply, xcb_atom_t atom)
+{
+    return std::ranges::find(numbers(reply), atom) != numbers(reply).end();
+}
 
 QByteArray bytes(const PropertyReply& reply)
 {
@@ -60,7 +63,10 @@ QByteArray bytes(const PropertyReply& reply)
 }
 
 /// The text up to its first NUL, which some clients write after it and some do not.
-QByteArray firstText(const QByteArray& value) { return value.first(std::min(value.size(), value.indexOf('\0') < 0 ? value.size() : value.indexOf('\0'))); }
+QByteArray firstText(const QByteArray& value)
+{
+    return value.first(std::min(value.size(), value.indexOf('\0') < 0 ? value.size() : value.indexOf('\0')));
+}
 
 QByteArray machineName()
 {
@@ -189,8 +195,7 @@ xcb_window_t X11Windows::activeWindow()
 xcb_window_t X11Windows::focusWindow()
 {
     ++m_roundTrips;
-    const XcbPtr<xcb_get_input_focus_reply_t> focus(
-        xcb_get_input_focus_reply(m_connection.raw(), xcb_get_input_focus(m_connection.raw()), nullptr));
+    const XcbPtr<xcb_get_input_focus_reply_t> focus(xcb_get_input_focus_reply(m_connection.raw(), xcb_get_input_focus(m_connection.raw()), nullptr));
     if (!focus || focus->focus == XCB_INPUT_FOCUS_POINTER_ROOT || focus->focus == m_connection.root())
         return XCB_NONE;
     return focus->focus;

@@ -20,7 +20,7 @@ struct X11Window {
 
     // What tells the application:
     QByteArray instanceName; ///< the first part of WM_CLASS, empty if there is none
-    QByteArray className; ///< the second
+    QByteArray className;    ///< the second
     QByteArray gtkApplicationId;
     pid_t process = 0; ///< 0 if it is not known or runs on another machine
 
@@ -39,7 +39,7 @@ struct X11Window {
 struct X11Desktop {
     xcb_window_t activeWindow = XCB_NONE;
     std::uint32_t currentDesktop = 0;
-    std::vector<xcb_window_t> clients; ///< oldest first
+    std::vector<xcb_window_t> clients;  ///< oldest first
     std::vector<xcb_window_t> stacking; ///< lowest first
 };
 
@@ -50,7 +50,7 @@ class X11Windows {
 public:
     /// How windows that were described before are described again.
     enum class Memory {
-        none, ///< they are asked for afresh; for those who ask rarely
+        none,     ///< they are asked for afresh; for those who ask rarely
         followed, ///< only what the server has announced a change of is asked for; for those who ask often
     };
 

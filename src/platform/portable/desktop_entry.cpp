@@ -47,7 +47,10 @@ char unescaped(char escape)
     }
 }
 
-bool isEscape(char character) { return std::string_view("sntr\\;").find(character) != std::string_view::npos; }
+bool isEscape(char character)
+{
+    return std::string_view("sntr\\;").find(character) != std::string_view::npos;
+}
 
 QString text(std::string_view value)
 {
@@ -83,7 +86,10 @@ QStringList list(std::string_view value)
     return result;
 }
 
-bool flag(std::string_view value) { return value == "true" || value == "1"; }
+bool flag(std::string_view value)
+{
+    return value == "true" || value == "1";
+}
 
 /// One entry as it is being read; it remembers how good the best translation of the name is so far.
 class Reading {
@@ -144,7 +150,10 @@ private:
     DesktopEntry m_entry;
 };
 
-bool isVariableOfMessages(const char* value) { return value && *value; }
+bool isVariableOfMessages(const char* value)
+{
+    return value && *value;
+}
 
 class Descriptor {
 public:
@@ -228,7 +237,7 @@ std::expected<DesktopEntry, DesktopEntryError> parseDesktopEntry(std::string_vie
 std::expected<DesktopEntry, DesktopEntryError> readDesktopEntry(const std::string& path, std::span<const std::string> languages)
 {
     const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-    struct stat status { };
+    struct stat status {};
     if (file.get() < 0 || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))
         return std::unexpected(DesktopEntryError::unreadable);
     if (static_cast<std::size_t>(status.st_size) > desktopEntryLimit)

@@ -59,31 +59,42 @@ private Q_SLOTS:
         QTest::addColumn<QString>("id");
         const auto row = [](const char* name, const ApplicationTraits& traits, const QString& id) { QTest::newRow(name) << traits << id; };
 
-        row("sandbox before all else", { .sandboxEntry = u"org.example.Sandboxed.desktop"_s, .gtkApplicationId = u"org.gnome.Calculator"_s,
-                .instanceName = {}, .className = u"XTerm"_s, .program = u"player"_s },
+        row("sandbox before all else",
+            { .sandboxEntry = u"org.example.Sandboxed.desktop"_s,
+                .gtkApplicationId = u"org.gnome.Calculator"_s,
+                .instanceName = {},
+                .className = u"XTerm"_s,
+                .program = u"player"_s },
             u"org.example.Sandboxed.desktop"_s);
-        row("sandbox without an entry", { .sandboxEntry = u"org.example.Other.desktop"_s, .gtkApplicationId = u"org.gnome.Calculator"_s, .instanceName = {},
-                .className = {}, .program = {} },
-            u"org.gnome.Calculator.desktop"_s);
-        row("GTK application before class", { .sandboxEntry = {}, .gtkApplicationId = u"org.gnome.Calculator"_s, .instanceName = {}, .className = u"XTerm"_s,
+        row("sandbox without an entry",
+            { .sandboxEntry = u"org.example.Other.desktop"_s,
+                .gtkApplicationId = u"org.gnome.Calculator"_s,
+                .instanceName = {},
+                .className = {},
                 .program = {} },
             u"org.gnome.Calculator.desktop"_s);
-        row("GTK application without an entry", { .sandboxEntry = {}, .gtkApplicationId = u"org.example.None"_s, .instanceName = {}, .className = u"XTerm"_s,
-                .program = {} },
+        row("GTK application before class",
+            { .sandboxEntry = {}, .gtkApplicationId = u"org.gnome.Calculator"_s, .instanceName = {}, .className = u"XTerm"_s, .program = {} },
+            u"org.gnome.Calculator.desktop"_s);
+        row("GTK application without an entry",
+            { .sandboxEntry = {}, .gtkApplicationId = u"org.example.None"_s, .instanceName = {}, .className = u"XTerm"_s, .program = {} },
             u"debian-xterm.desktop"_s);
         row("class", { .sandboxEntry = {}, .gtkApplicationId = {}, .instanceName = u"xterm"_s, .className = u"XTerm"_s, .program = {} },
             u"debian-xterm.desktop"_s);
-        row("class before instance", { .sandboxEntry = {}, .gtkApplicationId = {}, .instanceName = u"XTerm"_s, .className = u"Viewer"_s, .program = {} },
+        row("class before instance",
+            { .sandboxEntry = {}, .gtkApplicationId = {}, .instanceName = u"XTerm"_s, .className = u"Viewer"_s, .program = {} },
             u"viewer.app.desktop"_s);
         row("instance", { .sandboxEntry = {}, .gtkApplicationId = {}, .instanceName = u"XTerm"_s, .className = u"Unknown"_s, .program = {} },
             u"debian-xterm.desktop"_s);
         row("exactly before in any case", { .sandboxEntry = {}, .gtkApplicationId = {}, .instanceName = {}, .className = u"shared"_s, .program = {} },
             u"app-two.desktop"_s);
         row("exact instance before class in any case",
-            { .sandboxEntry = {}, .gtkApplicationId = {}, .instanceName = u"Viewer"_s, .className = u"SHARED"_s, .program = {} }, u"viewer.app.desktop"_s);
+            { .sandboxEntry = {}, .gtkApplicationId = {}, .instanceName = u"Viewer"_s, .className = u"SHARED"_s, .program = {} },
+            u"viewer.app.desktop"_s);
         row("class in any case", { .sandboxEntry = {}, .gtkApplicationId = {}, .instanceName = {}, .className = u"SHARED"_s, .program = {} },
             u"app-one.desktop"_s);
-        row("id equals instance", { .sandboxEntry = {}, .gtkApplicationId = {}, .instanceName = u"galculator"_s, .className = u"Galculator"_s, .program = {} },
+        row("id equals instance",
+            { .sandboxEntry = {}, .gtkApplicationId = {}, .instanceName = u"galculator"_s, .className = u"Galculator"_s, .program = {} },
             u"galculator.desktop"_s);
         row("id equals class", { .sandboxEntry = {}, .gtkApplicationId = {}, .instanceName = u"upper"_s, .className = u"Upper"_s, .program = {} },
             u"Upper.desktop"_s);
@@ -95,15 +106,19 @@ private Q_SLOTS:
         row("program before class in lower case",
             { .sandboxEntry = {}, .gtkApplicationId = {}, .instanceName = u"x"_s, .className = u"GALCULATOR"_s, .program = u"player"_s },
             u"com.example.Player.desktop"_s);
-        row("class in lower case", { .sandboxEntry = {}, .gtkApplicationId = {}, .instanceName = u"galculator (/tmp/profile)"_s,
-                .className = u"Galculator"_s, .program = {} },
+        row("class in lower case",
+            { .sandboxEntry = {},
+                .gtkApplicationId = {},
+                .instanceName = u"galculator (/tmp/profile)"_s,
+                .className = u"Galculator"_s,
+                .program = {} },
             u"galculator.desktop"_s);
-        row("the plainest command of several", { .sandboxEntry = {}, .gtkApplicationId = {}, .instanceName = {}, .className = {}, .program = u"notes"_s },
-            u"notes-main.desktop"_s);
+        row("the plainest command of several",
+            { .sandboxEntry = {}, .gtkApplicationId = {}, .instanceName = {}, .className = {}, .program = u"notes"_s }, u"notes-main.desktop"_s);
         row("a listed entry before one that menus do not show",
             { .sandboxEntry = {}, .gtkApplicationId = {}, .instanceName = {}, .className = {}, .program = u"viewer"_s }, u"viewer.app.desktop"_s);
-        row("nothing fits", { .sandboxEntry = {}, .gtkApplicationId = {}, .instanceName = u"xclock"_s, .className = u"XClock"_s, .program = u"xclock"_s },
-            u"none"_s);
+        row("nothing fits",
+            { .sandboxEntry = {}, .gtkApplicationId = {}, .instanceName = u"xclock"_s, .className = u"XClock"_s, .program = u"xclock"_s }, u"none"_s);
         row("nothing is known", {}, u"none"_s);
     }
     void theRulesAreTriedInTheirOrder()
@@ -225,8 +240,10 @@ private Q_SLOTS:
     void aWindowIsIdentifiedAndRememberedUntilItSaysSomethingElse()
     {
         const QTemporaryDir folder;
-        QVERIFY(write(folder.filePath(u"applications/firefox-esr.desktop"_s), "[Desktop Entry]\nType=Application\nName=Firefox ESR\nExec=firefox-esr %u\n"));
-        QVERIFY(write(folder.filePath(u"applications/clock.desktop"_s), "[Desktop Entry]\nType=Application\nName=Clock\nExec=clock\nStartupWMClass=Clock\n"));
+        QVERIFY(write(
+            folder.filePath(u"applications/firefox-esr.desktop"_s), "[Desktop Entry]\nType=Application\nName=Firefox ESR\nExec=firefox-esr %u\n"));
+        QVERIFY(write(
+            folder.filePath(u"applications/clock.desktop"_s), "[Desktop Entry]\nType=Application\nName=Clock\nExec=clock\nStartupWMClass=Clock\n"));
         ApplicationIdentity identity({ .process = 4711, .identifier = u"own.desktop"_s, .name = u"Own"_s },
             DesktopEntryIndex({ folder.filePath(u"applications"_s).toStdString() }), folder.path().toStdString());
         using Application = ApplicationIdentity::Application;

@@ -31,9 +31,10 @@ class TestDesktopEntry : public QObject {
 private Q_SLOTS:
     void everyFieldIsRead()
     {
-        const DesktopEntry entry = parsed("# a comment\n\n[Desktop Entry]\nType=Application\nName=Text Editor\nExec=editor %U\nTryExec=editor\nIcon=edit\n"
-                                          "StartupWMClass=Editor\nNoDisplay=true\nHidden=true\nOnlyShowIn=GNOME;XFCE;\nNotShowIn=KDE\n"
-                                          "Comment=not asked for\n");
+        const DesktopEntry entry
+            = parsed("# a comment\n\n[Desktop Entry]\nType=Application\nName=Text Editor\nExec=editor %U\nTryExec=editor\nIcon=edit\n"
+                     "StartupWMClass=Editor\nNoDisplay=true\nHidden=true\nOnlyShowIn=GNOME;XFCE;\nNotShowIn=KDE\n"
+                     "Comment=not asked for\n");
         QCOMPARE(entry,
             (DesktopEntry { .type = u"Application"_s,
                 .name = u"Text Editor"_s,
@@ -51,14 +52,16 @@ private Q_SLOTS:
 
     void otherGroupsDoNotCount()
     {
-        const DesktopEntry entry = parsed("[Other]\nName=no\n[Desktop Entry]\nName=yes\n[Desktop Action new]\nName=no\nExec=no\n[Desktop Entry]\nName=late\n");
+        const DesktopEntry entry
+            = parsed("[Other]\nName=no\n[Desktop Entry]\nName=yes\n[Desktop Action new]\nName=no\nExec=no\n[Desktop Entry]\nName=late\n");
         QCOMPARE(entry.name, std::optional(u"yes"_s));
         QCOMPARE(entry.exec, std::optional<QString>());
     }
 
     void spacesCarriageReturnsAndOrderAreForgiven()
     {
-        const DesktopEntry entry = parsed("  [Desktop Entry]  \r\n  Name =  Spaced Out  \r\nType\t=\tApplication\r\nno equals sign\r\n=no key\r\nName[=broken\r\n");
+        const DesktopEntry entry
+            = parsed("  [Desktop Entry]  \r\n  Name =  Spaced Out  \r\nType\t=\tApplication\r\nno equals sign\r\n=no key\r\nName[=broken\r\n");
         QCOMPARE(entry.name, std::optional(u"Spaced Out"_s));
         QCOMPARE(entry.type, std::optional(u"Application"_s));
     }
@@ -109,7 +112,8 @@ private Q_SLOTS:
 
     void whatIsNoEntryIsRefused()
     {
-        for (const std::string_view bytes : { std::string_view(), std::string_view("Name=x"), std::string_view("[Desktop Entry"), std::string_view("\0\0\0", 3) })
+        for (const std::string_view bytes :
+            { std::string_view(), std::string_view("Name=x"), std::string_view("[Desktop Entry"), std::string_view("\0\0\0", 3) })
             QCOMPARE(parseDesktopEntry(bytes, {}).error(), DesktopEntryError::noDesktopEntry);
     }
 

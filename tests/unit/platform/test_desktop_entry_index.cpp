@@ -164,7 +164,7 @@ private Q_SLOTS:
         QVERIFY(put(u"user/one.desktop"_s, "Name=One\n"));
         DesktopEntryIndex entries = index();
         entries.refresh();
-        struct stat before { };
+        struct stat before {};
         QCOMPARE(::stat(path(u"user"_s).toLocal8Bit().constData(), &before), 0);
         QVERIFY(put(u"user/two.desktop"_s, "Name=Two\n"));
         const timespec stamps[2] { before.st_atim, before.st_mtim };
@@ -183,8 +183,9 @@ private Q_SLOTS:
         qputenv("XDG_DATA_HOME", home);
         qputenv("XDG_DATA_DIRS", system);
         QCOMPARE(folders,
-            std::vector<std::string>({ "/data/home/applications", "/one/applications", "/two/applications", "/data/home/flatpak/exports/share/applications",
-                "/var/lib/flatpak/exports/share/applications", "/var/lib/snapd/desktop/applications" }));
+            std::vector<std::string>(
+                { "/data/home/applications", "/one/applications", "/two/applications", "/data/home/flatpak/exports/share/applications",
+                    "/var/lib/flatpak/exports/share/applications", "/var/lib/snapd/desktop/applications" }));
     }
 };
 

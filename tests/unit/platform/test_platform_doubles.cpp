@@ -17,7 +17,8 @@ class TestFakeActivationMonitor : public ActivationMonitorContract {
     std::unique_ptr<ActivationMonitor> makeMonitor() override { return std::make_unique<FakeActivationMonitor>(); }
     void bringToFront(ActivationMonitor& monitor, Front application) override
     {
-        static_cast<FakeActivationMonitor&>(monitor).activate(application == Front::nameless ? std::nullopt : std::optional(identifierOf(application)));
+        static_cast<FakeActivationMonitor&>(monitor).activate(
+            application == Front::nameless ? std::nullopt : std::optional(identifierOf(application)));
     }
     [[nodiscard]] QString identifierOf(Front application) const override
     {
@@ -29,7 +30,7 @@ private Q_SLOTS:
     {
         FakeActivationMonitor monitor;
         QVERIFY(!monitor.isObserved());
-        auto observer = monitor.observe([](const std::optional<QString>&) {});
+        auto observer = monitor.observe([](const std::optional<QString>&) { });
         QVERIFY(monitor.isObserved());
         observer = {};
         QVERIFY(!monitor.isObserved());
@@ -53,7 +54,10 @@ class TestFakeRunningApplications : public RunningApplicationsContract {
         static_cast<FakeRunningApplications&>(applications)
             .bringToFront(application == Running::nameless ? std::nullopt : std::optional(identifierOf(application)));
     }
-    void leaveNothingInFront(RunningApplications& applications) override { static_cast<FakeRunningApplications&>(applications).leaveNothingInFront(); }
+    void leaveNothingInFront(RunningApplications& applications) override
+    {
+        static_cast<FakeRunningApplications&>(applications).leaveNothingInFront();
+    }
     bool isHidden(RunningApplications& applications, Running application) override
     {
         return static_cast<FakeRunningApplications&>(applications).isHidden(identifierOf(application));

@@ -126,7 +126,8 @@ private Q_SLOTS:
         const auto found = find(applications.all(), u"XClock"_s);
         QVERIFY(found.has_value());
         QCOMPARE(*found, (RunningApplication { .bundleIdentifier = std::nullopt, .localizedName = u"XClock"_s }));
-        QCOMPARE(find(applications.all(), u"xev"_s), std::optional(RunningApplication { .bundleIdentifier = std::nullopt, .localizedName = u"xev"_s }));
+        QCOMPARE(
+            find(applications.all(), u"xev"_s), std::optional(RunningApplication { .bundleIdentifier = std::nullopt, .localizedName = u"xev"_s }));
     }
 
     void everyProcessOfTheApplicationIsHidden()

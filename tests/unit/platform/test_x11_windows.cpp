@@ -1,5 +1,5 @@
-#include "platform/linux/x11_windows.h"
 #include "platform/linux/x11_panel_windows.h"
+#include "platform/linux/x11_windows.h"
 #include "support/x11_test_desktop.h"
 
 #include <QGuiApplication>
