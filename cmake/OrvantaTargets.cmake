@@ -42,6 +42,9 @@ function(orvanta_program name)
   target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} orvanta_warnings)
 endfunction()
 
+# What the sanitizer presets build: the tests that need no desktop.
+add_custom_target(unit_tests)
+
 # orvanta_test(NAME [DESKTOP [DESKTOP_OPTIONS…]] SOURCES… LIBRARIES… [LABELS…] [ENVIRONMENT…]): one Qt Test program, registered
 # with CTest. DESKTOP runs it inside a virtual desktop of its own (X server, window manager, bus, keyring), set up as
 # DESKTOP_OPTIONS say (the options of tests/system/with-desktop); without it the test gets no display at all and Qt's

@@ -26,6 +26,8 @@ constexpr std::size_t memoryOfConnection = 64 * 1024;
 // A refused body that is not longer than this is read to its end and dropped, since many clients look for the answer only
 // then. A longer one is cut off.
 constexpr std::uint64_t longestDroppedBody = 64 * 1024 * 1024;
+// As GnuTLS takes it: 1.2 and later.
+constexpr const char* tlsVersions = "NORMAL:-VERS-TLS1.0:-VERS-TLS1.1";
 // The library's usual choice but for the versions of TLS before 1.2, which it would still take.
 constexpr auto encryptionRules = "NORMAL:-VERS-TLS1.0:-VERS-TLS1.1:-VERS-DTLS-ALL";
 
@@ -79,6 +81,11 @@ MHD_Result send(MHD_Connection* connection, const Response& response)
         return MHD_NO;
     if (!response.contentType.isEmpty())
         MHD_add_response_header(message, MHD_HTTP_HEADER_CONTENT_TYPE, response.contentType.constData());
+    // Everything here is the present state of something, and some of it is private.
+    MHD_add_response_header(message, MHD_HTTP_HEADER_CACHE_CONTROL, "no-store");
+    // Everything here is the present state of something, and some of it is private.
+    MHD_add_response_header(message, MHD_HTTP_HEADER_CACHE_CONTROL, "no-store");
+    MHD_add_response_header(message, "X-Content-Type-Options", "nosniff");
     // Everything here is the present state of something, and some of it is private.
     MHD_add_response_header(message, MHD_HTTP_HEADER_CACHE_CONTROL, "no-store");
     MHD_add_response_header(message, "X-Content-Type-Options", "nosniff");
@@ -168,6 +175,7 @@ std::expected<void, QString> HttpServer::listen(const QHostAddress& address, qui
     std::vector<MHD_OptionItem> encrypting;
     if (encryption) {
         encrypting.push_back({ MHD_OPTION_HTTPS_MEM_CERT, 0, const_cast<char*>(encryption->certificateChain.constData()) });
+        encrypting.push_back({ MHD_OPTION_HTTPS_PRIORITIES, 0, const_cast<char*>(tlsVersions) });
         encrypting.push_back({ MHD_OPTION_HTTPS_MEM_KEY, 0, const_cast<char*>(encryption->privateKey.constData()) });
         encrypting.push_back({ MHD_OPTION_HTTPS_PRIORITIES, 0, const_cast<char*>(encryptionRules) });
     }
@@ -180,7 +188,8 @@ std::expected<void, QString> HttpServer::listen(const QHostAddress& address, qui
         ::close(listening);
         if (encryption)
             return std::unexpected(u"The certificate and the private key cannot be used together"_s);
-        return std::unexpected(u"Cannot serve on %1, port %2"_s.arg(address.toString()).arg(port));
+        return std::unexpected(encryption ? u"The certificate and the private key cannot be used together"_s
+                                          : u"Cannot serve on %1, port %2"_s.arg(address.toString()).arg(port));
     }
     const auto* info = MHD_get_daemon_info(m_daemon.get(), MHD_DAEMON_INFO_EPOLL_FD);
     m_notifier = std::make_unique<QSocketNotifier>(info->epoll_fd, QSocketNotifier::Read);

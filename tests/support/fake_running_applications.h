@@ -22,6 +22,7 @@ public:
     [[nodiscard]] std::vector<RunningApplication> all() override
     {
         std::vector<RunningApplication> applications;
+        applications.reserve(m_running.size());
         for (const Instance& instance : m_running)
             applications.push_back(instance.application);
         return applications;

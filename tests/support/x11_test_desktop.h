@@ -100,7 +100,7 @@ class OpenSockets {
 public:
     OpenSockets() : m_before(list()) { }
     /// Returns how many were cut.
-    std::size_t cutNewOnes() const;
+    [[nodiscard]] std::size_t cutNewOnes() const;
 
 private:
     static std::vector<int> list();

@@ -1,7 +1,7 @@
 """Two monitors, L on the left and R on the right: the cover is on the one where the blocked application is."""
 import unittest
 
-from support import x11
+from support import accessible, x11
 from support.covering import faults
 from support.scene import CALCULATOR, XTERM, Scene
 from support.waiting import stays, until
@@ -106,6 +106,9 @@ class Monitors(Scene):
             self.assert_covered_on(focus, LEFT)
 
             add_right_monitor(height)
+            self.bring_to_front(focus.own_window())
+            self.assert_uncovered(focus)
+            accessible.wait_until_active(focus.pid)
             x11.move(terminal, 1200, 200)
             until(lambda: self.monitor_of(terminal) == RIGHT, "the terminal is on the right")
             x11.activate(terminal)

@@ -84,6 +84,15 @@ def press(node):
     assert node.do_action(0)
 
 
+def wait_until_active(pid):
+    """Waits until the program itself takes one of its windows for the active one: it has then seen everything that
+    happened on the desktop before that."""
+    until(
+        lambda: any(node.get_state_set().contains(Atspi.StateType.ACTIVE) for node in find(pid, "frame")),
+        lambda: f"a window of the program is active; there is {texts(pid)}",
+    )
+
+
 def centre(node):
     """Where the middle of the node is on the screen."""
     frame = node.get_extents(Atspi.CoordType.SCREEN)

@@ -20,7 +20,7 @@ class TestDesktopEntryIndex : public QObject {
     [[nodiscard]] QString path(const QString& name) const { return m_folder->filePath(name); }
 
     /// As packages do it: the whole file at once, under its name.
-    bool put(const QString& name, const QByteArray& lines) const
+    [[nodiscard]] bool put(const QString& name, const QByteArray& lines) const
     {
         QFile file(path(name));
         return QDir().mkpath(QFileInfo(path(name)).path()) && file.open(QFile::WriteOnly)
