@@ -57,8 +57,9 @@ public:
         const auto bottom = static_cast<std::int16_t>(height - inset);
         const auto middleX = static_cast<std::int16_t>(width / 2);
         const auto middleY = static_cast<std::int16_t>(height / 2);
+        // Not above and below the middle: with a full breath the light reaches the edges there.
         m_points = { { inset, inset }, { right, inset }, { inset, bottom }, { right, bottom }, { inset, middleY }, { right, middleY },
-            { middleX, inset }, { middleX, bottom }, { middleX, middleY } };
+            { middleX, middleY } };
 
         xcb_map_window(m_display.raw(), m_blocked);
         xcb_map_window(m_display.raw(), m_other);

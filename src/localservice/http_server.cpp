@@ -22,10 +22,10 @@ namespace {
 // Far more than the clients of one person; below the usual limit on open files.
 constexpr unsigned int mostConnections = 256;
 // For the head of a request and a piece of its body. Browsers' heads stay below 16 KiB.
-constexpr std::size_t memoryOfConnection = 64 * 1024;
+constexpr std::size_t memoryOfConnection = std::size_t { 64 } * 1024;
 // A refused body that is not longer than this is read to its end and dropped, since many clients look for the answer only
 // then. A longer one is cut off.
-constexpr std::uint64_t longestDroppedBody = 64 * 1024 * 1024;
+constexpr std::uint64_t longestDroppedBody = std::uint64_t { 64 } * 1024 * 1024;
 // As GnuTLS takes it: 1.2 and later.
 constexpr const char* tlsVersions = "NORMAL:-VERS-TLS1.0:-VERS-TLS1.1";
 // The library's usual choice but for the versions of TLS before 1.2, which it would still take.

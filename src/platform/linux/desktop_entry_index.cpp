@@ -152,15 +152,16 @@ void DesktopEntryIndex::readFolder(const std::string& path, const std::string& p
     for (const auto& [name, isEntry] : children) {
         if (scan.files.size() >= mostFiles)
             return;
-        const std::string childPath = path + "/" + name;
+        const std::string childPath = std::string(path).append("/").append(name);
+        const std::string id = prefix + name;
         if (isEntry)
-            readFile(childPath, prefix + name, scan);
+            readFile(childPath, id, scan);
         else if (depth < deepest)
-            readFolder(childPath, prefix + name + "-", depth + 1, scan);
+            readFolder(childPath, id + "-", depth + 1, scan);
     }
 }
 
-void DesktopEntryIndex::readFile(const std::string& path, std::string id, Scan& scan)
+void DesktopEntryIndex::readFile(const std::string& path, const std::string& id, Scan& scan)
 {
     const Stamp stamp = stampOf(path);
     File file;
@@ -182,7 +183,7 @@ void DesktopEntryIndex::readFile(const std::string& path, std::string id, Scan& 
         }
     }
     const auto [place, isNew] = scan.files.emplace(path, std::move(file));
-    if (isNew && scan.takenIds.insert(std::move(id)).second)
+    if (isNew && scan.takenIds.insert(id).second)
         scan.order.push_back(&place->second);
 }
 

@@ -57,7 +57,7 @@ private:
     [[nodiscard]] bool isUpToDate() const;
     void read();
     void readFolder(const std::string& path, const std::string& prefix, int depth, Scan& scan);
-    void readFile(const std::string& path, std::string id, Scan& scan);
+    void readFile(const std::string& path, const std::string& id, Scan& scan);
 
     std::vector<std::string> m_roots;
     std::vector<Folder> m_folders; ///< every folder that was looked into, absent ones too

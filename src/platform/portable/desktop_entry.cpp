@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <fcntl.h>
+#include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -89,6 +90,15 @@ QStringList list(std::string_view value)
 bool flag(std::string_view value)
 {
     return value == "true" || value == "1";
+}
+
+/// Whether a line may matter, by its first character alone: most lines of most entries are translations of keys that are
+/// not asked for, and this passes them over without looking further.
+bool mayMatter(std::string_view line)
+{
+    constexpr std::string_view firstOfKeys = "EHINOST";
+    return !line.empty()
+        && (firstOfKeys.find(line.front()) != std::string_view::npos || line.front() == '[' || blanks.find(line.front()) != std::string_view::npos);
 }
 
 /// One entry as it is being read; it remembers how good the best translation of the name is so far.
@@ -213,8 +223,11 @@ std::expected<DesktopEntry, DesktopEntryError> parseDesktopEntry(std::string_vie
     bool isFound = false;
     Reading reading(languages);
     while (!bytes.empty()) {
-        const std::string_view line = trimmed(takeLine(bytes));
-        if (line.empty() || line.front() == '#')
+        const std::string_view whole = takeLine(bytes);
+        if (!mayMatter(whole))
+            continue;
+        const std::string_view line = trimmed(whole);
+        if (line.empty())
             continue;
         if (line.front() == '[') {
             if (isFound)
@@ -243,17 +256,18 @@ std::expected<DesktopEntry, DesktopEntryError> readDesktopEntry(const std::strin
     if (static_cast<std::size_t>(status.st_size) > desktopEntryLimit)
         return std::unexpected(DesktopEntryError::tooLarge);
 
-    std::string bytes(static_cast<std::size_t>(status.st_size), '\0');
+    const auto capacity = static_cast<std::size_t>(status.st_size);
+    const auto bytes = std::make_unique_for_overwrite<char[]>(capacity);
     std::size_t size = 0;
-    while (size < bytes.size()) {
-        const ssize_t got = ::read(file.get(), bytes.data() + size, bytes.size() - size);
+    while (size < capacity) {
+        const ssize_t got = ::read(file.get(), bytes.get() + size, capacity - size);
         if (got < 0)
             return std::unexpected(DesktopEntryError::unreadable);
         if (got == 0)
             break;
         size += static_cast<std::size_t>(got);
     }
-    return parseDesktopEntry(std::string_view(bytes).substr(0, size), languages);
+    return parseDesktopEntry(std::string_view(bytes.get(), size), languages);
 }
 
 QStringList desktopEntryCommand(QStringView exec)
