@@ -52,6 +52,7 @@ int main(int argc, char** argv)
 
     QQmlEngine engine;
     engine.addImportPath(u"qrc:/qt/qml"_s);
+    QObject::connect(&engine, &QQmlEngine::quit, &application, &QGuiApplication::quit, Qt::QueuedConnection);
     const auto motionPreference = makeMotionPreference();
     BlockingViewFactory blockingViews(engine, *motionPreference);
     const Platform platform = makePlatform(blockingViews);

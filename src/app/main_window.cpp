@@ -37,6 +37,9 @@ void MainWindow::bringToFront()
 {
     if (m_window->windowStates() & Qt::WindowMinimized)
         m_window->setWindowStates(m_window->windowStates() & ~Qt::WindowMinimized);
+    // A window that is shown anew comes up on the desktop that the user is on, and in front.
+    if (!m_window->isActive())
+        m_window->hide();
     m_window->show();
     m_window->raise();
     m_window->requestActivate();

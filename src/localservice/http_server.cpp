@@ -56,7 +56,7 @@ QHostAddress peerAddress(MHD_Connection* connection)
 MHD_Result addHeader(void* head, MHD_ValueKind, const char* name, const char* value)
 {
     const QByteArray lowerCaseName = QByteArray(name).toLower();
-    static_cast<RequestHead*>(head)->headers.emplace_back(lowerCaseName.toStdString(), value ? value : "");
+    static_cast<RequestHead*>(head)->headers.emplace_back(lowerCaseName.toStdString(), QByteArray(value).trimmed().toStdString());
     return MHD_YES;
 }
 

@@ -109,7 +109,7 @@ std::optional<CoverDefect> coverDefect(const CoverFacts& facts, const QRect& fra
         facts.windowsAbove, [&](const StackedWindow& above) { return above.frame.intersects(frame) && !panels.contains(above.window); });
     if (isBeneath)
         return CoverDefect::beneathAWindow;
-    if (!facts.hasKeyboard)
+    if (!facts.hasKeyboard && !panels.contains(facts.keyboard))
         return CoverDefect::noKeyboard;
     return std::nullopt;
 }
@@ -139,6 +139,7 @@ CoverFacts inspectCover(xcb_connection_t* connection, xcb_window_t root, xcb_win
     facts.isViewable = coverWindow.isViewable;
     facts.frame = coverWindow.frame;
     const std::vector<xcb_window_t> inside = childrenOf(connection, cover);
+    facts.keyboard = focus ? focus->focus : static_cast<xcb_window_t>(XCB_NONE);
     facts.hasKeyboard = focus && (focus->focus == cover || std::ranges::find(inside, focus->focus) != inside.end());
 
     // The clients are those that the window manager names; where there is none, every window that asks to be managed.

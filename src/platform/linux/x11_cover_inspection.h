@@ -24,14 +24,15 @@ struct CoverFacts {
     bool isViewable = false;
     QRect frame;                             ///< on the root, in native pixels
     bool hasKeyboard = false;                ///< the input focus is in it
+    xcb_window_t keyboard = XCB_NONE;        ///< where the input focus is
     std::vector<StackedWindow> windowsAbove; ///< viewable client windows stacked above it
 };
 
 /// What keeps a window from being a cover.
 enum class CoverDefect { notMapped, wrongFrame, beneathAWindow, noKeyboard };
 
-/// The first defect of a cover that should stand at `frame`, in native pixels; absent when it covers. The windows of
-/// other covers, `panels`, may stand above.
+/// The first defect of a cover that should stand at `frame`, in native pixels; absent when it covers. Other covers,
+/// `panels`, may stand above and may have the keyboard.
 [[nodiscard]] std::optional<CoverDefect> coverDefect(const CoverFacts& facts, const QRect& frame, const PanelWindows& panels);
 
 /// The defect in words, for standard error.

@@ -211,7 +211,7 @@ def activate(window):
     root().change_attributes(event_mask=X.PropertyChangeMask)
     _active_window_has_changed()  # forgets what was before
     run("wmctrl", "-i", "-a", hex(window))
-    until(_active_window_has_changed, lambda: f"window {window:#x} is activated; {active_window() or 0:#x} is active")
+    until(lambda: _active_window_has_changed() or active_window() == window, lambda: f"window {window:#x} is activated; {active_window() or 0:#x} is active")
 
 
 def _active_window_has_changed():

@@ -192,7 +192,7 @@ private Q_SLOTS:
             = "{\"periodStart\":\"2026-01-31T10:00:00Z\",\"periodEnd\":\"2026-01-31T10:10:00Z\",\"totalIdleSeconds\":0,\"applications\":["
               "{\"bundleIdentifier\":\"com.google.Chrome\",\"name\":\"Chrome\",\"focusedSeconds\":600,\"tabs\":["
             + tabs + "]}]}";
-        QVERIFY(body.size() > 1024 * 1024);
+        QVERIFY(body.size() > qsizetype { 1024 } * 1024);
         QCOMPARE(served.call("POST", "/api/activity", body)->status, 201);
         QCOMPARE(
             ActivityStore(served.database()).pageTotals({ at("2026-01-31T10:00:00Z"), at("2026-01-31T10:00:01Z") })->size(), std::size_t { 20'000 });

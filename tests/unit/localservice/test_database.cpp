@@ -90,7 +90,7 @@ private Q_SLOTS:
                     TaskStore(opened.database).start(u"a task with a title of some length, to fill pages"_s, at("2026-01-31T08:00:00Z")).has_value());
         }
         QByteArray bytes = read(path);
-        QVERIFY(bytes.size() > 3 * 4096);
+        QVERIFY(bytes.size() > qsizetype { 3 } * 4096);
         const qsizetype from = keepsHeader ? 4096 : 0;
         bytes.replace(from, bytes.size() - from, QByteArray(bytes.size() - from, 'x'));
         write(path, bytes);

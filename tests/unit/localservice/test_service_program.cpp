@@ -51,7 +51,10 @@ private:
     std::unique_ptr<QTemporaryDir> m_parent;
     QString m_folder;
 
-    ServiceProgram::Result run(const QStringList& arguments) const { return ServiceProgram::run(arguments + QStringList { u"--data"_s, m_folder }); }
+    [[nodiscard]] ServiceProgram::Result run(const QStringList& arguments) const
+    {
+        return ServiceProgram::run(arguments + QStringList { u"--data"_s, m_folder });
+    }
 
 private Q_SLOTS:
     void init()

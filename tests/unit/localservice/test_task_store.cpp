@@ -58,7 +58,7 @@ private Q_SLOTS:
     {
         ScratchDatabase scratch;
         TaskStore tasks(scratch.database());
-        std::vector<qint64> ids;
+        QList<qint64> ids;
         for (int index = 0; index < 4; ++index)
             ids.push_back(tasks.start(QString::number(index), at("2026-01-31T08:00:00Z")).value().id);
         QVERIFY(tasks.finish(ids[2], at("2026-01-31T09:00:00Z")).value());

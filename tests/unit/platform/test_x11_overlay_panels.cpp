@@ -180,7 +180,7 @@ private Q_SLOTS:
         QFETCH(QRect, frame);
         QFETCH(bool, hasKeyboard);
         QFETCH(QRect, above);
-        CoverFacts facts { .isViewable = isViewable, .frame = frame, .hasKeyboard = hasKeyboard, .windowsAbove = {} };
+        CoverFacts facts { .isViewable = isViewable, .frame = frame, .hasKeyboard = hasKeyboard, .keyboard = XCB_NONE, .windowsAbove = {} };
         if (!above.isEmpty())
             facts.windowsAbove.push_back({ 77, above });
         PanelWindows panels;
