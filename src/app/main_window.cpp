@@ -38,7 +38,7 @@ void MainWindow::bringToFront()
     if (m_window->windowStates() & Qt::WindowMinimized)
         m_window->setWindowStates(m_window->windowStates() & ~Qt::WindowMinimized);
     // A window that is shown anew comes up on the desktop that the user is on, and in front.
-    if (!m_window->isActive())
+    if (!m_window->isActive() || !m_window->isExposed())
         m_window->hide();
     m_window->show();
     m_window->raise();

@@ -38,7 +38,10 @@ X11OverlayPanels::X11OverlayPanels(OverlayContentFactory& contents, xcb_connecti
     , m_protocol(std::make_unique<X11CoverProtocol>(connection))
     , m_panelWindows(panelWindows)
 {
-    QTimer::singleShot(untilSpareWindow, this, &X11OverlayPanels::makeSpareWindow);
+    QTimer::singleShot(untilSpareWindow, this, [this] {
+        if (m_made == 0)
+            makeSpareWindow();
+    });
 }
 
 X11OverlayPanels::~X11OverlayPanels() = default;
@@ -48,9 +51,11 @@ std::unique_ptr<OverlayPanel> X11OverlayPanels::make()
     makeSpareWindow();
     ++m_made;
     auto panel = std::make_unique<X11OverlayPanel>(std::move(m_spareWindow));
-    // One spare as long as a display is left that never had a panel.
-    if (m_made < QGuiApplication::screens().size())
-        QTimer::singleShot(untilSpareWindow, this, &X11OverlayPanels::makeSpareWindow);
+    QTimer::singleShot(untilSpareWindow, this, [this] {
+        // One spare as long as a display is left that never had a panel.
+        if (m_made < QGuiApplication::screens().size())
+            makeSpareWindow();
+    });
     return panel;
 }
 
