@@ -22,7 +22,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             std::abort();
     }
     const QStringList values = domains.values();
-    if (std::ranges::adjacent_find(values, [](const QString& left, const QString& right) { return !orvanta::standsBefore(left, right); }) != values.end())
+    if (std::ranges::adjacent_find(values, [](const QString& left, const QString& right) { return !orvanta::standsBefore(left, right); })
+        != values.end())
         std::abort();
     return 0;
 }

@@ -25,10 +25,7 @@ struct FakePanelState {
 /// Panels without a window system: state, and every call in a log.
 class FakeOverlayPanels : public OverlayPanels {
 public:
-    explicit FakeOverlayPanels(CallLog& log)
-        : m_log(log)
-    {
-    }
+    explicit FakeOverlayPanels(CallLog& log) : m_log(log) { }
 
     [[nodiscard]] std::unique_ptr<OverlayPanel> make() override
     {
@@ -50,11 +47,7 @@ public:
 private:
     class Panel : public OverlayPanel {
     public:
-        Panel(CallLog& log, std::shared_ptr<FakePanelState> state)
-            : m_log(log)
-            , m_state(std::move(state))
-        {
-        }
+        Panel(CallLog& log, std::shared_ptr<FakePanelState> state) : m_log(log), m_state(std::move(state)) { }
         ~Panel() override { m_state->alive = m_state->isShown = false; }
 
         void setFrame(const QRect& frame) override

@@ -20,12 +20,7 @@ inline QString loggedValue(const StoredValue& value)
 /// Logs what is asked of another store, under a name, so that the order between several stores shows.
 class LoggedKeyValueStore : public KeyValueStore {
 public:
-    LoggedKeyValueStore(KeyValueStore& store, CallLog& log, QString name)
-        : m_store(store)
-        , m_log(log)
-        , m_name(std::move(name))
-    {
-    }
+    LoggedKeyValueStore(KeyValueStore& store, CallLog& log, QString name) : m_store(store), m_log(log), m_name(std::move(name)) { }
 
     [[nodiscard]] std::optional<StoredValue> value(const QString& key) override
     {
@@ -52,12 +47,7 @@ private:
 /// The same for a cloud store.
 class LoggedCloudStore : public CloudStore {
 public:
-    LoggedCloudStore(CloudStore& store, CallLog& log)
-        : m_store(store)
-        , m_log(log)
-        , m_values(store, log, QStringLiteral("cloud"))
-    {
-    }
+    LoggedCloudStore(CloudStore& store, CallLog& log) : m_store(store), m_log(log), m_values(store, log, QStringLiteral("cloud")) { }
 
     [[nodiscard]] std::optional<StoredValue> value(const QString& key) override { return m_values.value(key); }
     Result<void> setValue(const QString& key, const StoredValue& value) override { return m_values.setValue(key, value); }
@@ -82,11 +72,7 @@ private:
 /// The same for a secret store.
 class LoggedSecretStore : public SecretStore {
 public:
-    LoggedSecretStore(SecretStore& store, CallLog& log)
-        : m_store(store)
-        , m_log(log)
-    {
-    }
+    LoggedSecretStore(SecretStore& store, CallLog& log) : m_store(store), m_log(log) { }
 
     [[nodiscard]] std::optional<QByteArray> read(const QString& service, const QString& account) override
     {

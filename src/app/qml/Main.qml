@@ -1,3 +1,4 @@
+pragma ComponentBehavior: Bound
 import QtQuick
 import Orvanta.App
 import Orvanta.Blocking
@@ -57,7 +58,7 @@ Window {
     }
 
     Shortcut {
-        sequences: [StandardKey.Quit]
+        sequences: ["Ctrl+Q"]
         onActivated: Qt.quit()
     }
 }

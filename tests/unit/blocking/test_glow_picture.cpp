@@ -44,10 +44,7 @@ private Q_SLOTS:
         QCOMPARE(GlowPicture::reach(wide, frame), frame);
     }
 
-    void aLightThatFillsItsFrameExactlyDoesNotFade()
-    {
-        QCOMPARE(opacityAt(540, 550, 550), 0.92 * 0.22 * 10 / 275);
-    }
+    void aLightThatFillsItsFrameExactlyDoesNotFade() { QCOMPARE(opacityAt(540, 550, 550), 0.92 * 0.22 * 10 / 275); }
 
     /// Averaged over a patch, since single pixels are dithered.
     void paintsTheColoursOfTheFormula_data()
@@ -124,7 +121,8 @@ private Q_SLOTS:
         QCOMPARE(OrvantaPalette::ivory().name(), QStringLiteral("#f2efea"));
         QCOMPARE(OrvantaPalette::navy().name(), QStringLiteral("#1b2438"));
         QCOMPARE(OrvantaPalette::stone().name(), QStringLiteral("#5a5850"));
-        for (const QColor& colour : { OrvantaPalette::midnight(), OrvantaPalette::gold(), OrvantaPalette::ivory(), OrvantaPalette::navy(), OrvantaPalette::stone() })
+        for (const QColor& colour :
+            { OrvantaPalette::midnight(), OrvantaPalette::gold(), OrvantaPalette::ivory(), OrvantaPalette::navy(), OrvantaPalette::stone() })
             QCOMPARE(colour.alpha(), 255);
     }
 };
