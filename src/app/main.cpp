@@ -52,7 +52,8 @@ int main(int argc, char** argv)
 
     QQmlEngine engine;
     engine.addImportPath(u"qrc:/qt/qml"_s);
-    QObject::connect(&engine, &QQmlEngine::quit, &application, &QGuiApplication::quit, Qt::QueuedConnection);
+    // Not quit(), which asks every window that exists: a cover lets nobody close it.
+    QObject::connect(&engine, &QQmlEngine::quit, &application, [] { QCoreApplication::exit(EXIT_SUCCESS); });
     const auto motionPreference = makeMotionPreference();
     BlockingViewFactory blockingViews(engine, *motionPreference);
     const Platform platform = makePlatform(blockingViews);

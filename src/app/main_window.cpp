@@ -37,9 +37,9 @@ void MainWindow::bringToFront()
 {
     if (m_window->windowStates() & Qt::WindowMinimized)
         m_window->setWindowStates(m_window->windowStates() & ~Qt::WindowMinimized);
-    // A window that is shown anew comes up on the desktop that the user is on, and in front.
-    if (!m_window->isActive() || !m_window->isExposed())
-        m_window->hide();
+    // A new native window comes to the virtual desktop that the user is on; one that is only raised stays where it is,
+    // and one that is hidden and shown at once may be lost between us and the window manager.
+    m_window->destroy();
     m_window->show();
     m_window->raise();
     m_window->requestActivate();

@@ -142,6 +142,9 @@ CoverFacts inspectCover(xcb_connection_t* connection, xcb_window_t root, xcb_win
     facts.keyboard = focus ? focus->focus : static_cast<xcb_window_t>(XCB_NONE);
     facts.hasKeyboard = focus && (focus->focus == cover || std::ranges::find(inside, focus->focus) != inside.end());
 
+    const std::vector<xcb_window_t> active = windowProperty(connection, root, "_NET_ACTIVE_WINDOW");
+    facts.active = active.empty() ? XCB_NONE : active.front();
+
     // The clients are those that the window manager names; where there is none, every window that asks to be managed.
     // (Frames, menus, tooltips and notifications do not ask.)
     const std::vector<xcb_window_t> stack = childrenOf(connection, root);

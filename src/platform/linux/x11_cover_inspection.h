@@ -25,6 +25,7 @@ struct CoverFacts {
     QRect frame;                             ///< on the root, in native pixels
     bool hasKeyboard = false;                ///< the input focus is in it
     xcb_window_t keyboard = XCB_NONE;        ///< where the input focus is
+    xcb_window_t active = XCB_NONE;          ///< what the window manager calls active
     std::vector<StackedWindow> windowsAbove; ///< viewable client windows stacked above it
 };
 

@@ -58,10 +58,21 @@ void X11CoverProtocol::askForFront(xcb_window_t cover) const
 
 void X11CoverProtocol::takeFront(xcb_window_t cover) const
 {
+    // A window manager that was still putting the window away may have unmapped it once more after we showed it.
+    xcb_map_window(m_connection, cover);
     const std::uint32_t above = XCB_STACK_MODE_ABOVE;
     xcb_configure_window(m_connection, cover, XCB_CONFIG_WINDOW_STACK_MODE, &above);
     xcb_set_input_focus(m_connection, XCB_INPUT_FOCUS_POINTER_ROOT, cover, XCB_CURRENT_TIME);
     xcb_flush(m_connection);
+}
+
+xcb_window_t X11CoverProtocol::activeWindow() const
+{
+    const auto cookie = xcb_get_property(m_connection, /*_delete=*/0, m_root, m_activeWindow, XCB_ATOM_WINDOW, 0, 1);
+    const XcbPtr<xcb_get_property_reply_t> property(xcb_get_property_reply(m_connection, cookie, nullptr));
+    if (!property || property->format != 32 || property->value_len == 0)
+        return XCB_NONE;
+    return *static_cast<const xcb_window_t*>(xcb_get_property_value(property.get()));
 }
 
 CoverFacts X11CoverProtocol::inspect(xcb_window_t cover) const

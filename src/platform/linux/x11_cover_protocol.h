@@ -27,6 +27,9 @@ public:
     /// Without the window manager: to the top of the stack, with the keyboard.
     void takeFront(xcb_window_t cover) const;
 
+    /// What the window manager calls active; XCB_NONE if it says nothing. One round trip.
+    [[nodiscard]] xcb_window_t activeWindow() const;
+
     [[nodiscard]] CoverFacts inspect(xcb_window_t cover) const;
 
 private:

@@ -91,6 +91,7 @@ void X11CoverWindow::present()
 {
     if (!handle())
         prepare();
+    m_activeBefore = m_protocol.activeWindow();
     if (!isVisible()) {
         if (m_manner == Manner::managed)
             m_protocol.announce(id());
@@ -121,7 +122,8 @@ void X11CoverWindow::dropContent()
 
 bool X11CoverWindow::event(QEvent* event)
 {
-    if (event->type() == QEvent::Close) { // a window manager's key, a task switcher's cross
+    // A window manager's key, a task switcher's cross. One that is not shown must not keep the program from ending.
+    if (event->type() == QEvent::Close && isVisible()) {
         event->ignore();
         return true;
     }
@@ -169,6 +171,7 @@ void X11CoverWindow::leaveWindowManager()
 void X11CoverWindow::watch()
 {
     m_checks = 0;
+    m_isSettled = false;
     m_defects = 0;
     m_watch.start(pauses.front());
 }
@@ -180,7 +183,8 @@ void X11CoverWindow::check()
     m_defects = found ? m_defects + 1 : 0;
     ++m_checks;
     if (m_checks == pauses.size()) {
-        if (found)
+        // One defect after a check without any is the moment of an activation that is being answered.
+        if (found && m_defects > 1)
             qWarning(
                 "The display %s is not covered: %s", m_display ? qUtf8Printable(m_display->name()) : "", qUtf8Printable(coverDefectText(*found)));
         return;
@@ -205,7 +209,10 @@ void X11CoverWindow::followDisplays()
     if (!display || display->geometry().isEmpty())
         return;
     setFrame(display->geometry());
-    moveToFront();
+    m_activeBefore = m_protocol.activeWindow();
+    // A window that was activated meanwhile is judged by whoever watches activations, see defect().
+    if (m_activeBefore == XCB_NONE || m_panelWindows.contains(m_activeBefore))
+        moveToFront();
     watch();
 }
 
@@ -214,7 +221,19 @@ std::optional<CoverDefect> X11CoverWindow::defect()
     const qreal ratio = m_display ? m_display->devicePixelRatio() : devicePixelRatio();
     // Qt scales the size of a display, not where it begins.
     const QRect native(m_frame.topLeft(), m_frame.size() * ratio);
-    return coverDefect(m_protocol.inspect(id()), native, m_panelWindows);
+    const CoverFacts facts = m_protocol.inspect(id());
+    const auto found = coverDefect(facts, native, m_panelWindows);
+    if (!found) {
+        m_isSettled = true;
+        return std::nullopt;
+    }
+    // Whoever watches activations decides whether a window that was activated since takes this one away or needs it
+    // anew. Going to the front before that would undo what the user did.
+    const bool isActivatedSince = facts.active != XCB_NONE && !m_panelWindows.contains(facts.active);
+    const bool isDecidedElsewhere = isActivatedSince && (m_isSettled || facts.active != m_activeBefore);
+    if (isDecidedElsewhere && (found == CoverDefect::beneathAWindow || found == CoverDefect::noKeyboard))
+        return std::nullopt;
+    return found;
 }
 
 } // namespace orvanta

@@ -69,6 +69,8 @@ private:
     std::unique_ptr<OverlayContent> m_nextContent;
     Manner m_manner = Manner::managed;
 
+    xcb_window_t m_activeBefore = XCB_NONE; ///< the active window when this one was presented: what it covers
+    bool m_isSettled = false;               ///< a check since the presentation found no defect
     QTimer m_watch;
     std::size_t m_checks = 0; ///< made since the presentation
     int m_defects = 0;        ///< found in a row

@@ -19,6 +19,7 @@ def application(pid):
     for child in _children(Atspi.get_desktop(0)):
         try:
             if child.get_process_id() == pid:
+                child.clear_cache()  # what was read before, say while the window was still empty, does not follow by itself
                 return child
         except Exception:  # a program that has just gone
             continue
