@@ -1,4 +1,3 @@
-pragma ComponentBehavior: Bound
 import QtQuick
 import Orvanta.App
 import Orvanta.Blocking
@@ -34,6 +33,8 @@ Window {
         sourceComponent: window.showsBlockingScreen ? blockingScreen : settings
     }
 
+    // Bound components cannot be made by a Loader of a window that C++ creates with initial properties (Qt 6.4).
+    // qmllint disable unqualified
     Component {
         id: blockingScreen
 
@@ -56,6 +57,7 @@ Window {
             blockedApplications: window.model.blockedApplicationNames
         }
     }
+    // qmllint enable unqualified
 
     Shortcut {
         sequences: ["Ctrl+Q"]
