@@ -25,4 +25,19 @@ inline constexpr std::string_view periodsOfApplication
       " WHERE uses.application = (SELECT id FROM applications WHERE identity = ?) AND uses.started_at >= ? AND uses.started_at < ?"
       " ORDER BY uses.started_at, periods.ended_at";
 
+inline constexpr std::string_view idleTotal
+    = "SELECT count(*), coalesce(sum(idle_seconds), 0) FROM activity_periods WHERE started_at >= ? AND started_at < ?";
+
+inline constexpr std::string_view usesOfPeriods
+    = "SELECT periods.id, periods.started_at, periods.ended_at, periods.idle_seconds, uses.application, applications.bundle_identifier,"
+      " applications.name, uses.focused_seconds FROM activity_periods AS periods"
+      " LEFT JOIN application_uses AS uses ON uses.period = periods.id LEFT JOIN applications ON applications.id = uses.application"
+      " WHERE periods.started_at >= ? AND periods.started_at < ?"
+      " ORDER BY periods.started_at, periods.ended_at, periods.id, uses.focused_seconds DESC, uses.application";
+
+inline constexpr std::string_view pagesOfPeriods
+    = "SELECT uses.period, uses.application, web_pages.url, web_pages.title, uses.focused_seconds FROM page_uses AS uses"
+      " JOIN web_pages ON web_pages.id = uses.page WHERE uses.started_at >= ? AND uses.started_at < ?"
+      " ORDER BY uses.period, uses.application, uses.focused_seconds DESC, web_pages.url";
+
 } // namespace orvanta::localservice::activity_queries

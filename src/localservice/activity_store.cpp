@@ -4,6 +4,9 @@
 
 #include <QCryptographicHash>
 
+#include <map>
+#include <utility>
+
 namespace orvanta::localservice {
 
 using namespace Qt::StringLiterals;
@@ -125,6 +128,42 @@ std::expected<std::vector<PageTotal>, StoreError> ActivityStore::pageTotals(Time
         while (query.next())
             totals.push_back({ query.text(0), query.text(1), query.real(2) });
         return totals;
+    });
+}
+
+std::expected<IdleTotal, StoreError> ActivityStore::idleTotal(TimeSpan span) const
+{
+    return attempt([&] {
+        Query query(*m_database, activity_queries::idleTotal, stored(span.from), stored(span.until));
+        return query.next() ? IdleTotal { query.integer(0), query.real(1) } : IdleTotal {};
+    });
+}
+
+std::expected<std::vector<UploadedPeriod>, StoreError> ActivityStore::uploaded(TimeSpan span) const
+{
+    return attempt([&] {
+        std::map<std::pair<qint64, qint64>, std::vector<UploadedTab>> tabs; // by period and application
+        {
+            Query query(*m_database, activity_queries::pagesOfPeriods, stored(span.from), stored(span.until));
+            while (query.next())
+                tabs[{ query.integer(0), query.integer(1) }].push_back({ query.text(2), query.text(3), query.real(4) });
+        }
+        std::vector<UploadedPeriod> periods;
+        std::optional<qint64> latest;
+        Query query(*m_database, activity_queries::usesOfPeriods, stored(span.from), stored(span.until));
+        while (query.next()) {
+            const qint64 period = query.integer(0);
+            if (std::exchange(latest, period) != period)
+                periods.push_back(
+                    { .startedAt = time(query.integer(1)), .endedAt = time(query.integer(2)), .idleSeconds = query.real(3), .applications = {} });
+            if (query.isNull(4))
+                continue;
+            UploadedApplication application { query.optionalText(5), query.text(6), query.real(7), {} };
+            if (const auto found = tabs.find({ period, query.integer(4) }); found != tabs.end())
+                application.tabs = std::move(found->second);
+            periods.back().applications.push_back(std::move(application));
+        }
+        return periods;
     });
 }
 

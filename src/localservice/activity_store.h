@@ -30,7 +30,7 @@ struct UploadedPeriod {
     UtcTime endedAt;
     double idleSeconds = 0;
     std::vector<UploadedApplication> applications;
-    QByteArray digest; ///< of the body: the same bytes sent again are the same period
+    QByteArray digest = {}; ///< of the body: the same bytes sent again are the same period
 };
 
 /// Reads an uploaded period. Keys that it does not know are ignored.
@@ -52,6 +52,11 @@ struct PageTotal {
     QString url;
     QString title; ///< the latest that was sent
     double focusedSeconds = 0;
+};
+
+struct IdleTotal {
+    qint64 periods = 0;
+    double idleSeconds = 0;
 };
 
 struct PeriodTotal {
@@ -76,6 +81,11 @@ public:
     /// Most focused first; texts break ties.
     [[nodiscard]] std::expected<std::vector<ApplicationTotal>, StoreError> applicationTotals(TimeSpan span) const;
     [[nodiscard]] std::expected<std::vector<PageTotal>, StoreError> pageTotals(TimeSpan span) const;
+
+    [[nodiscard]] std::expected<IdleTotal, StoreError> idleTotal(TimeSpan span) const;
+
+    /// Everything that was uploaded, in the order of time; within a period the most focused first.
+    [[nodiscard]] std::expected<std::vector<UploadedPeriod>, StoreError> uploaded(TimeSpan span) const;
 
     /// In the order of time.
     [[nodiscard]] std::expected<std::vector<PeriodTotal>, StoreError> periods(TimeSpan span) const;

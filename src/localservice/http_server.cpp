@@ -60,6 +60,12 @@ MHD_Result addHeader(void* head, MHD_ValueKind, const char* name, const char* va
     return MHD_YES;
 }
 
+MHD_Result addQueryField(void* head, MHD_ValueKind, const char* name, const char* value)
+{
+    static_cast<RequestHead*>(head)->query.emplace_back(name, value ? value : "");
+    return MHD_YES;
+}
+
 /// The body's length as the head gives it; absent if it gives none that can be relied on.
 std::optional<std::uint64_t> bodyLength(const RequestHead& head)
 {
@@ -83,11 +89,6 @@ MHD_Result send(MHD_Connection* connection, const Response& response)
         MHD_add_response_header(message, MHD_HTTP_HEADER_CONTENT_TYPE, response.contentType.constData());
     // Everything here is the present state of something, and some of it is private.
     MHD_add_response_header(message, MHD_HTTP_HEADER_CACHE_CONTROL, "no-store");
-    // Everything here is the present state of something, and some of it is private.
-    MHD_add_response_header(message, MHD_HTTP_HEADER_CACHE_CONTROL, "no-store");
-    MHD_add_response_header(message, "X-Content-Type-Options", "nosniff");
-    // Everything here is the present state of something, and some of it is private.
-    MHD_add_response_header(message, MHD_HTTP_HEADER_CACHE_CONTROL, "no-store");
     MHD_add_response_header(message, "X-Content-Type-Options", "nosniff");
     for (const auto& [name, value] : response.headers)
         MHD_add_response_header(message, name.constData(), value.constData());
@@ -105,6 +106,7 @@ MHD_Result begin(const HttpServer::Service& service, MHD_Connection* connection,
     request.head.method = method;
     request.head.path = path;
     MHD_get_connection_values(connection, MHD_HEADER_KIND, addHeader, &request.head);
+    MHD_get_connection_values(connection, MHD_GET_ARGUMENT_KIND, addQueryField, &request.head);
     const auto length = bodyLength(request.head);
     request.head.contentLength = length.value_or(0);
     exchange->refusal = length ? service.handler.refusal(request.head, request.endpoints)

@@ -1,5 +1,7 @@
 #include "localservice/page_routes.h"
 
+#include "localservice/activity_export.h"
+#include "localservice/activity_page.h"
 #include "localservice/browser_guard.h"
 #include "localservice/event_store.h"
 #include "localservice/key_file.h"
@@ -18,6 +20,8 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int doneTasksShown = 10;
+constexpr int agentSessionsShown = 10;
+constexpr int eventsShownOfEach = 10;
 
 UtcTime now()
 {
@@ -55,7 +59,34 @@ Response home(Database& database, const QByteArray& token)
     const auto events = EventStore(database).countSince(moment - std::chrono::days { 1 });
     if (!events)
         return failurePage(events.error());
-    return homePage({ *std::move(inProgress), *std::move(latestDone), *events, token, moment });
+    auto sessions = EventStore(database).latestSessions(agentSessionsShown, eventsShownOfEach);
+    if (!sessions)
+        return failurePage(sessions.error());
+    return homePage({ *std::move(inProgress), *std::move(latestDone), *events, *std::move(sessions), token, moment });
+}
+
+DayRange rangeOf(const RequestHead& head)
+{
+    return chosenRange(head.queryValue("from"), head.queryValue("to"), QDate::currentDate());
+}
+
+Response activity(Database& database, const RequestHead& head)
+{
+    const auto overview = activityOverview(database, rangeOf(head), now());
+    return overview ? activityPage(*overview, QDate::currentDate()) : failurePage(overview.error());
+}
+
+/// A file of the chosen range, which `write` makes.
+Response activityFile(Database& database, const RequestHead& head, const QByteArray& contentType, const QByteArray& suffix,
+    QByteArray (*write)(const std::vector<UploadedPeriod>&))
+{
+    const DayRange range = rangeOf(head);
+    const auto periods = ActivityStore(database).uploaded(range.span());
+    if (!periods)
+        return failurePage(periods.error());
+    const QByteArray name
+        = "orvanta-activity-" + range.first.toString(Qt::ISODate).toLatin1() + "-to-" + range.last.toString(Qt::ISODate).toLatin1() + suffix;
+    return { 200, contentType, write(*periods), { { "Content-Disposition", "attachment; filename=\"" + name + '"' } } };
 }
 
 Response startTask(Database& database, const FormFields& fields)
@@ -113,6 +144,11 @@ std::vector<Route> pageRoutes(Database& database, const QByteArray& key, const Q
 
     return {
         { "/", "GET", mebibyte, guard, [&database, token](const Request&) { return home(database, token); } },
+        { "/activity", "GET", mebibyte, guard, [&database](const Request& request) { return activity(database, request.head); } },
+        { "/activity.csv", "GET", mebibyte, guard,
+            [&database](const Request& request) { return activityFile(database, request.head, "text/csv; charset=utf-8", ".csv", &activityCsv); } },
+        { "/activity.json", "GET", mebibyte, guard,
+            [&database](const Request& request) { return activityFile(database, request.head, "application/json", ".json", &activityJson); } },
         { "/tasks/start", "POST", mebibyte, actionGuard, action(&startTask) },
         { "/tasks/done", "POST", mebibyte, actionGuard, action(&finishTask) },
         { "/focus/blocked", "GET", mebibyte, {}, [](const Request&) { return blockedPage(); } },

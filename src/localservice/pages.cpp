@@ -1,44 +1,17 @@
 #include "localservice/pages.h"
 
-#include <QCryptographicHash>
+#include "localservice/page_frame.h"
+
 #include <QDateTime>
-#include <QFile>
 #include <QLocale>
+
+#include <algorithm>
 
 namespace orvanta::localservice {
 
 using namespace Qt::StringLiterals;
 
 namespace {
-
-QByteArray asset(const QString& name)
-{
-    QFile file(u":/localservice/"_s + name);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-QString escaped(const QString& text)
-{
-    return text.toHtmlEscaped();
-}
-
-/// A whole page. `main` is markup; `title` is plain text. The policy allows the page its own style, by its digest,
-/// and forms that lead back here; nothing else, and no frame around it.
-Response page(int status, const QString& title, const QByteArray& style, const QString& main)
-{
-    const QByteArray digest = QCryptographicHash::hash(style, QCryptographicHash::Sha256).toBase64();
-    const QByteArray html = "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
-                            "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n<link rel=\"icon\" href=\"data:,\">\n<title>"
-        + escaped(title).toUtf8() + "</title>\n<style>" + style + "</style>\n</head>\n<body>\n<main>\n" + main.toUtf8()
-        + "</main>\n</body>\n</html>\n";
-    const QByteArray policy
-        = "default-src 'none'; style-src 'sha256-" + digest + "'; img-src data:; form-action 'self'; base-uri 'none'; frame-ancestors 'none'";
-    return { status, "text/html; charset=utf-8", html,
-        { { "Content-Security-Policy", policy }, { "X-Frame-Options", "DENY" }, { "Cross-Origin-Opener-Policy", "same-origin" },
-            { "Cross-Origin-Resource-Policy", "same-origin" },
-            // Not "no-referrer": with that a browser sends "null" as the origin of our own forms.
-            { "Referrer-Policy", "same-origin" } } };
-}
 
 QDateTime localTime(UtcTime time)
 {
@@ -121,6 +94,63 @@ QString doneSection(const HomePage& content)
     return u"<section>\n<h2>Done lately</h2>\n<ul>\n"_s + rows + u"</ul>\n</section>\n"_s;
 }
 
+/// What an agent's event is called on the page.
+QString eventName(const QString& type)
+{
+    if (type == "SessionStart"_L1)
+        return u"started"_s;
+    return type == "Stop"_L1 ? u"stopped"_s : u"prompt"_s;
+}
+
+/// Texts of agents are long; the page shows how they begin.
+QString shortened(const QString& text)
+{
+    constexpr qsizetype longest = 600;
+    if (text.size() <= longest)
+        return text;
+    const qsizetype cut = text[longest - 1].isHighSurrogate() ? longest - 1 : longest;
+    return text.first(cut) + u'\u2026';
+}
+
+QString quotation(const QString& speaker, const QString& text)
+{
+    return u"<p class=\"words\" dir=\"auto\"><span class=\"caption\">"_s + speaker + u"</span>"_s + escaped(shortened(text)) + u"</p>\n"_s;
+}
+
+QString agentSession(const AgentSession& session, UtcTime now)
+{
+    QStringList facts { session.agent };
+    for (const auto& fact : { session.workingFolder, session.model }) {
+        if (fact)
+            facts << *fact;
+    }
+    QString title = session.sessionId;
+    const auto first = std::ranges::find(session.openingMessages, u"user"_s, &OpeningMessage::role);
+    if (first != session.openingMessages.end())
+        title = first->content;
+    QString inside;
+    for (const OpeningMessage& message : session.openingMessages)
+        inside += quotation(message.role == "user"_L1 ? u"You"_s : u"Agent"_s, message.content);
+    for (const AgentEvent& event : session.latestEvents) {
+        inside += u"<p class=\"caption\">"_s + eventName(event.eventType) + u' ' + clockTime(event.occurredAt, now) + u"</p>\n"_s;
+        if (event.prompt)
+            inside += quotation(u"Prompt"_s, *event.prompt);
+    }
+    return u"<li><details><summary><span class=\"title line\" dir=\"auto\">"_s + escaped(title) + u"</span><span class=\"caption\">"_s
+        + escaped(facts.join(u" \u00b7 "_s)) + u" \u00b7 "_s + eventName(session.latestEvents.front().eventType) + u' '
+        + clockTime(session.latestEvents.front().occurredAt, now) + u"</span></summary>\n"_s + inside + u"</details></li>\n"_s;
+}
+
+QString agentSection(const HomePage& content)
+{
+    if (content.agentSessions.empty())
+        return {};
+    QString rows;
+    for (const AgentSession& session : content.agentSessions)
+        rows += agentSession(session, content.now);
+    return u"<section>\n<h2>Agent sessions</h2>\n<ul>\n"_s + rows + u"</ul>\n</section>\n"_s;
+}
+
 QString agentEvents(qint64 count)
 {
     if (count == 0)
@@ -136,23 +166,24 @@ Response homePage(const HomePage& content)
     const QString first = content.inProgress.empty() ? startForm(content) : inProgressSection(content);
     const QString second = content.inProgress.empty() ? inProgressSection(content) : startForm(content);
     const QString main = u"<header>\n<h1>Orvanta</h1>\n"_s + state(content) + u"</header>\n"_s + first + second + doneSection(content)
-        + u"<footer class=\"caption\">"_s + agentEvents(content.agentEventsOfLastDay) + u"</footer>\n"_s;
-    return page(200, content.inProgress.empty() ? u"Orvanta"_s : u"Focus is on – Orvanta"_s, asset(u"home.css"_s), main);
+        + agentSection(content) + u"<footer class=\"caption\"><p>"_s + agentEvents(content.agentEventsOfLastDay)
+        + u"</p>\n<p><a href=\"/activity\">Where the day went</a></p></footer>\n"_s;
+    return framedPage(200, content.inProgress.empty() ? u"Orvanta"_s : u"Focus is on – Orvanta"_s, pageAsset(u"home.css"_s), main);
 }
 
 Response blockedPage()
 {
-    const QString crown = QString::fromUtf8(asset(u"crown.svg"_s));
+    const QString crown = QString::fromUtf8(pageAsset(u"crown.svg"_s));
     const QString main = u"<div class=\"crown\" role=\"img\" aria-label=\"Orvanta crown\">"_s + crown
         + u"</div>\n<h1>This site can wait.</h1>\n<p>It is on your list, and you are in the middle of something. Close this tab and go back to it.</p>\n"_s;
-    return page(200, u"This site can wait – Orvanta"_s, asset(u"blocked.css"_s), main);
+    return framedPage(200, u"This site can wait – Orvanta"_s, pageAsset(u"blocked.css"_s), main);
 }
 
 Response problemPage(int status, const QString& heading, const QString& explanation)
 {
     const QString main = u"<header>\n<h1>"_s + escaped(heading) + u"</h1>\n</header>\n<section>\n<p>"_s + escaped(explanation)
         + u"</p>\n<p><a href=\"/\">Back to your tasks</a></p>\n</section>\n"_s;
-    return page(status, heading, asset(u"home.css"_s), main);
+    return framedPage(status, heading, pageAsset(u"home.css"_s), main);
 }
 
 } // namespace orvanta::localservice

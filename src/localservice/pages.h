@@ -1,5 +1,6 @@
 #pragma once
 
+#include "localservice/event_store.h"
 #include "localservice/http_exchange.h"
 #include "localservice/task_store.h"
 
@@ -10,6 +11,7 @@ struct HomePage {
     std::vector<Task> inProgress;
     std::vector<Task> latestDone;
     qint64 agentEventsOfLastDay = 0;
+    std::vector<AgentSession> agentSessions;
     QByteArray formToken; ///< goes into each form
     UtcTime now;
 };

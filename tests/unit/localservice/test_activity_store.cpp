@@ -170,6 +170,12 @@ private Q_SLOTS:
                                << u"SEARCH page_uses USING COVERING INDEX page_uses_by_time (started_at>? AND started_at<?)"_s;
         QTest::newRow("periods") << bytes(activity_queries::periods)
                                  << u"SEARCH activity_periods USING INDEX activity_periods_by_time (started_at>? AND started_at<?)"_s;
+        QTest::newRow("idle time") << bytes(activity_queries::idleTotal)
+                                   << u"SEARCH activity_periods USING INDEX activity_periods_by_time (started_at>? AND started_at<?)"_s;
+        QTest::newRow("everything uploaded") << bytes(activity_queries::usesOfPeriods)
+                                             << u"SEARCH periods USING INDEX activity_periods_by_time (started_at>? AND started_at<?)"_s;
+        QTest::newRow("every page uploaded") << bytes(activity_queries::pagesOfPeriods)
+                                             << u"SEARCH uses USING COVERING INDEX page_uses_by_time (started_at>? AND started_at<?)"_s;
         QTest::newRow("one application")
             << bytes(activity_queries::periodsOfApplication)
             << u"SEARCH uses USING COVERING INDEX application_uses_by_application (application=? AND started_at>? AND started_at<?)"_s;

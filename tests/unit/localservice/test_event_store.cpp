@@ -47,6 +47,38 @@ private Q_SLOTS:
         QVERIFY(found->openingMessages.empty());
     }
 
+    void sessionsAreListedByTheirLatestEvent()
+    {
+        ScratchDatabase scratch;
+        EventStore store(scratch.database());
+        QVERIFY(store.latestSessions(10, 10).value().empty());
+        const auto add = [&](const QString& id, const QString& type, const QString& session, const char* time) {
+            AgentEvent event { id, type, session, at(time), {}, {}, {}, {}, {}, {} };
+            if (type == "SessionStart"_L1)
+                event.workingFolder = u"/w"_s;
+            if (id.endsWith(u"with messages"_s))
+                event.openingMessages = { { u"user"_s, u"Hi"_s, std::nullopt } };
+            return store.store(event, at(time)).has_value();
+        };
+        QVERIFY(add(u"claude:SessionStart:a:1"_s, u"SessionStart"_s, u"a"_s, "2026-01-31T08:00:00Z"));
+        QVERIFY(add(u"codex:SessionStart:b:1"_s, u"SessionStart"_s, u"b"_s, "2026-01-31T08:01:00Z"));
+        QVERIFY(add(u"claude:UserPromptSubmit:a:with messages"_s, u"UserPromptSubmit"_s, u"a"_s, "2026-01-31T08:02:00Z"));
+        QVERIFY(add(u"claude:Stop:a:3"_s, u"Stop"_s, u"a"_s, "2026-01-31T08:03:00Z"));
+
+        const auto sessions = store.latestSessions(10, 2).value();
+        QCOMPARE(sessions.size(), std::size_t { 2 });
+        QCOMPARE(sessions[0].sessionId, u"a"_s);
+        QCOMPARE(sessions[0].agent, u"claude"_s);
+        QCOMPARE(sessions[0].latestEvents.size(), std::size_t { 2 });
+        QCOMPARE(sessions[0].latestEvents[0].eventType, u"Stop"_s);
+        QCOMPARE(sessions[0].latestEvents[1].eventType, u"UserPromptSubmit"_s);
+        QCOMPARE(sessions[0].openingMessages, (std::vector<OpeningMessage> { { u"user"_s, u"Hi"_s, std::nullopt } }));
+        QCOMPARE(sessions[1].agent, u"codex"_s);
+        QCOMPARE(sessions[1].workingFolder, u"/w"_s);
+        QVERIFY(sessions[1].openingMessages.empty());
+        QCOMPARE(store.latestSessions(1, 10).value().size(), std::size_t { 1 });
+    }
+
     void theSameEventIsStoredOnce()
     {
         ScratchDatabase scratch;

@@ -97,6 +97,40 @@ private Q_SLOTS:
         QVERIFY(page.body.contains("&lt;b&gt;"));
     }
 
+    void agentSessionsAreListedWithTheirOpeningMessagesEscaped()
+    {
+        Served served;
+        QVERIFY(!home(served).contains("Agent sessions"));
+        const QByteArray hostile = "<script>alert('&')</script>";
+        const QByteArray event = "{\"eventId\":\"claude:UserPromptSubmit:s<b>:1\",\"eventType\":\"UserPromptSubmit\",\"sessionId\":\"s<b>\","
+                                 "\"occurredAt\":\"2026-01-31T08:05:09.123Z\",\"cwd\":\"/w<b>\",\"model\":\"m<b>\",\"prompt\":\"Now "
+            + hostile + "\",\"openingMessages\":[{\"role\":\"user\",\"content\":\"First " + hostile
+            + "\"},{\"role\":\"assistant\",\"content\":\"Second " + hostile + "\"}]}";
+        QCOMPARE(served.call("POST", "/api/codex/sessions/events", event)->status, 201);
+        const QByteArray page = home(served);
+        const QByteArray escaped = "&lt;script&gt;alert('&amp;')&lt;/script&gt;";
+        QVERIFY(page.contains("Agent sessions"));
+        QVERIFY(page.contains("First " + escaped));
+        QVERIFY(page.contains("Second " + escaped));
+        QVERIFY(page.contains("Now " + escaped));
+        QVERIFY(page.contains("/w&lt;b&gt;"));
+        QVERIFY(page.contains("m&lt;b&gt;"));
+        QVERIFY(!page.contains("<script"));
+        QVERIFY(!page.contains("<b>"));
+    }
+
+    void aLongMessageIsShownByItsBeginning()
+    {
+        Served served;
+        const QByteArray event = "{\"eventId\":\"codex:Stop:s:1\",\"eventType\":\"Stop\",\"sessionId\":\"s\",\"occurredAt\":\"2026-01-31T08:05:09Z\","
+                                 "\"prompt\":\""
+            + QByteArray(5000, 'x') + "\"}";
+        QCOMPARE(served.call("POST", "/api/codex/sessions/events", event)->status, 201);
+        const QByteArray page = home(served);
+        QVERIFY(page.contains(QByteArray(600, 'x')));
+        QVERIFY(!page.contains(QByteArray(601, 'x')));
+    }
+
     void agentEventsOfTheLastDayAreCounted()
     {
         Served served;

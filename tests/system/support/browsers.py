@@ -1,0 +1,67 @@
+"""Real browsers with profiles of their own, and the pages that they show."""
+import functools
+import subprocess
+import threading
+from http.server import SimpleHTTPRequestHandler, ThreadingHTTPServer
+
+from .programs import scratch
+
+_FIREFOX_SETTINGS = {
+    "browser.shell.checkDefaultBrowser": False,
+    "browser.aboutwelcome.enabled": False,
+    "browser.tabs.warnOnClose": False,
+    "datareporting.policy.dataSubmissionEnabled": False,
+    "network.captive-portal-service.enabled": False,
+    "network.connectivity-service.enabled": False,
+    "app.update.enabled": False,
+}
+# Nothing of these leaves the machine.
+CHROMIUM = [
+    "--no-sandbox", "--password-store=basic", "--disable-background-networking", "--disable-component-update", "--disable-sync", "--no-first-run",
+    "--no-default-browser-check",
+]
+
+
+class Pages:
+    """A web site on a free loopback port; each page has its title and a frame with another."""
+
+    def __init__(self, **titles):
+        folder = scratch("pages")
+        (folder / "frame.html").write_text("<title>Frame</title>frame")
+        for name, title in titles.items():
+            (folder / f"{name}.html").write_text(f"<!doctype html><meta charset=utf-8><title>{title}</title><h1>{title}</h1><iframe src=frame.html></iframe>")
+
+        class Handler(SimpleHTTPRequestHandler):
+            def log_message(self, *_):
+                pass
+
+        self.server = ThreadingHTTPServer(("127.0.0.1", 0), functools.partial(Handler, directory=folder))
+        self.origin = f"http://127.0.0.1:{self.server.server_port}"
+        threading.Thread(target=self.server.serve_forever, daemon=True).start()
+
+    def url(self, name):
+        return f"{self.origin}/{name}.html"
+
+    def stop(self):
+        self.server.shutdown()
+        self.server.server_close()
+
+
+def switch_accessibility_on():
+    """As a screen reader does that starts. Before the browsers do."""
+    subprocess.run(
+        ["gdbus", "call", "--session", "--dest", "org.a11y.Bus", "--object-path", "/org/a11y/bus", "--method", "org.freedesktop.DBus.Properties.Set",
+         "org.a11y.Status", "IsEnabled", "<true>"],
+        check=True, capture_output=True)
+
+
+def firefox(*urls):
+    """The command that starts it with a tab for each address."""
+    profile = scratch("firefox")
+    lines = [f"user_pref({name!r}, {str(value).lower()});" for name, value in _FIREFOX_SETTINGS.items()]
+    (profile / "user.js").write_text("\n".join(lines))
+    return ["firefox-esr", "--no-remote", "--profile", profile, *urls]
+
+
+def chromium(*urls):
+    return ["chromium", "--force-renderer-accessibility", *CHROMIUM, f"--user-data-dir={scratch('chromium')}", *urls]
