@@ -1,153 +1,306 @@
-pragma ComponentBehavior: Bound
 import QtQuick
+import Orvanta.Settings
 
-/* The settings window's content: the state of focus, the status line, and what is blocked. */
-Item {
+/*
+ * The settings window's content: the state of focus, the status line, and the two lists of what is blocked, each with a
+ * sheet in which it is added to. It holds nothing but which sheet is open; everything else is shown as it is told and asked
+ * for by signals.
+ */
+FocusScope {
     id: view
 
     required property bool focusActive
     required property string focusStatusLabel
     required property string permissionSummary
-    required property var notices             // texts
-    required property var blockedDomains      // texts
-    required property var blockedApplications // texts
+    required property var notices // texts
+    required property TextListModel blockedDomains
+    required property BlockedApplicationListModel blockedApplications
+    required property InstalledApplicationSource installedApplications
+    required property bool reduceMotion
+    // The title of website protection's button; empty, and the button is not there, until website protection is attached.
+    property string websiteProtectionTitle: ""
+    property bool websiteBlockingActive: false
+    property bool dark: desktopPalette.window.hslLightness < 0.5
+
+    // The sheet that is open, by its identity: "domain", "application", or none.
+    property string editor: ""
+
+    signal websiteProtectionRequested
+    signal domainAdded(text: string)
+    signal domainRemoved(domain: string)
+    signal applicationAdded(bundleIdentifier: string, displayName: string)
+    signal applicationRemoved(bundleIdentifier: string)
+
+    function openEditor(which: string) {
+        view.editor = which
+        sheet.forceActiveFocus(Qt.PopupFocusReason)
+    }
+
+    // The keyboard goes back to the plus that opened the sheet.
+    function closeEditor() {
+        const section = view.editor === "domain" ? websites : applications
+        view.editor = ""
+        section.addButton.forceActiveFocus(Qt.PopupFocusReason)
+    }
+
+    // Brings a part of the page into the window, in the page's coordinates.
+    function reveal(y: real, height: real) {
+        const margin = 24
+        if (y - margin < page.contentY)
+            page.moveTo(y - margin)
+        else if (y + height + margin > page.contentY + page.height)
+            page.moveTo(y + height + margin - page.height)
+    }
+
+    function focusProtection(reason: int) {
+        view.reveal(sections.y + permissions.y, permissions.height)
+        permissions.protectionButton.forceActiveFocus(reason)
+    }
+
+    // The keyboard goes round: the gold button, then each plus and what can be removed.
+    function focusFirst(reason: int) {
+        if (permissions.protectionButton.visible)
+            view.focusProtection(reason)
+        else
+            websites.focusFirst(reason)
+    }
+
+    focus: true
+    Accessible.role: Accessible.Grouping
 
     SystemPalette {
         id: desktopPalette
     }
 
-    SettingsColors {
-        id: settingsColors
-        dark: desktopPalette.window.hslLightness < 0.5
+    KeyboardUse {
+        id: keyboard
+    }
+
+    SettingsStyle {
+        id: pageStyle
+
+        dark: view.dark
+        reduceMotion: view.reduceMotion
+        ringsShown: keyboard.isInUse
+        mirrored: view.LayoutMirroring.enabled
+        beneath: view.editor !== ""
+    }
+
+    SettingsStyle {
+        id: sheetStyle
+
+        dark: view.dark
+        reduceMotion: view.reduceMotion
+        ringsShown: keyboard.isInUse
+        mirrored: view.LayoutMirroring.enabled
     }
 
     Rectangle {
         anchors.fill: parent
-        gradient: Gradient {
-            GradientStop { position: 0; color: settingsColors.windowLit }
-            GradientStop { position: 0.35; color: settingsColors.windowMiddle }
-            GradientStop { position: 0.7; color: settingsColors.window }
-        }
+        color: pageStyle.window
+    }
+
+    WindowLight {
+        width: parent.width
+        height: Math.min(parent.height, reach)
+        lit: pageStyle.windowLit
+        middle: pageStyle.windowMiddle
+        unlit: pageStyle.window
     }
 
     Flickable {
-        id: flickable
+        id: page
 
+        function moveTo(y: real) {
+            contentY = Math.round(Math.max(0, Math.min(contentHeight - height, y)))
+        }
+
+        objectName: "page"
         anchors.fill: parent
+        enabled: view.editor === ""
+        contentWidth: width
         contentHeight: sections.height + 2 * sections.y
         boundsBehavior: Flickable.StopAtBounds
+        pixelAligned: true
 
         Column {
             id: sections
 
-            x: Math.round((flickable.width - width) / 2)
+            x: Math.round((page.width - width) / 2)
             y: 32
-            width: Math.min(flickable.width - 2 * 32, 760)
+            width: Math.min(page.width - 2 * 32, 760)
             spacing: 20
 
             Column {
-                spacing: 2
+                width: parent.width
+                bottomPadding: 4 // with the 20 between sections, 24
 
-                Text {
+                StyledText {
+                    objectName: "title"
+                    width: parent.width
+                    style: pageStyle
                     text: qsTr("Orvanta Focus")
-                    color: settingsColors.text
-                    font { pixelSize: 30; bold: true; letterSpacing: -0.4 }
-                    lineHeight: 38
-                    lineHeightMode: Text.FixedHeight
+                    size: 30
+                    line: 38
+                    spacing: -0.4
+                    font.bold: true
+                    wrapMode: Text.Wrap
                     Accessible.role: Accessible.Heading
-                    Accessible.name: text
                 }
 
-                Row {
-                    spacing: 8
+                Item {
+                    width: parent.width
+                    height: focusText.height
 
                     Rectangle {
+                        id: dot
+
                         objectName: "focusDot"
-                        anchors.verticalCenter: parent.verticalCenter
+                        anchors { left: parent.left; leftMargin: 1 }
+                        y: Math.round((pageStyle.scaled(20) - height) / 2)
                         width: 10
                         height: 10
                         radius: 5
-                        color: view.focusActive ? settingsColors.gold : "transparent"
-                        border.width: view.focusActive ? 0 : 1.5
-                        border.color: settingsColors.secondaryText
+                        color: view.focusActive ? pageStyle.gold : "transparent"
+                        border.width: view.focusActive && pageStyle.dark ? 0 : 2
+                        border.color: view.focusActive ? pageStyle.ring : pageStyle.secondaryText
                     }
 
-                    Text {
+                    StyledText {
+                        id: focusText
+
                         objectName: "focusStatusLabel"
+                        anchors { left: dot.right; leftMargin: 8; right: parent.right }
+                        style: pageStyle
                         text: view.focusStatusLabel
-                        color: settingsColors.secondaryText
-                        font.pixelSize: 14
-                        lineHeight: 20
-                        lineHeightMode: Text.FixedHeight
-                        Accessible.role: Accessible.StaticText
-                        Accessible.name: text
-                    }
-                }
-            }
-
-            GlassSection {
-                width: sections.width
-                colors: settingsColors
-
-                Text {
-                    text: qsTr("Permissions")
-                    color: settingsColors.text
-                    font { pixelSize: 15; weight: Font.DemiBold }
-                    lineHeight: 20
-                    lineHeightMode: Text.FixedHeight
-                    Accessible.role: Accessible.Heading
-                    Accessible.name: text
-                }
-
-                Text {
-                    objectName: "permissionSummary"
-                    width: parent?.width ?? 0
-                    text: view.permissionSummary
-                    textFormat: Text.PlainText
-                    wrapMode: Text.Wrap
-                    color: settingsColors.secondaryText
-                    font.pixelSize: 14
-                    lineHeight: 20
-                    lineHeightMode: Text.FixedHeight
-                    Accessible.role: Accessible.StaticText
-                    Accessible.name: text
-                }
-
-                Repeater {
-                    model: view.notices
-
-                    Text {
-                        required property string modelData
-
-                        width: parent?.width ?? 0
-                        text: modelData
-                        textFormat: Text.PlainText
+                        color: pageStyle.secondaryText
                         wrapMode: Text.Wrap
-                        color: settingsColors.text
-                        font.pixelSize: 14
-                        lineHeight: 20
-                        lineHeightMode: Text.FixedHeight
-                        Accessible.role: Accessible.StaticText
-                        Accessible.name: text
                     }
                 }
             }
 
-            NameListSection {
+            PermissionsSection {
+                id: permissions
+
+                objectName: "permissions"
                 width: sections.width
-                colors: settingsColors
+                style: pageStyle
+                permissionSummary: view.permissionSummary
+                notices: view.notices
+                websiteProtectionTitle: view.websiteProtectionTitle
+                websiteBlockingActive: view.websiteBlockingActive
+                onWebsiteProtectionRequested: view.websiteProtectionRequested()
+
+                Keys.onTabPressed: websites.focusFirst(Qt.TabFocusReason)
+                Keys.onBacktabPressed: applications.focusLast(Qt.BacktabFocusReason)
+            }
+
+            PolicyListSection {
+                id: websites
+
+                objectName: "websites"
+                width: sections.width
+                style: pageStyle
+                viewportTop: page.contentY - sections.y - y
+                viewportHeight: page.height
                 title: qsTr("Blocked websites")
                 emptyMessage: qsTr("No websites blocked")
                 items: view.blockedDomains
+                onAdd: view.openEditor("domain")
+                onRemove: item => view.domainRemoved(item)
+                onLeftForward: applications.focusFirst(Qt.TabFocusReason)
+                onLeftBackward: {
+                    if (permissions.protectionButton.visible)
+                        view.focusProtection(Qt.BacktabFocusReason)
+                    else
+                        applications.focusLast(Qt.BacktabFocusReason)
+                }
+                onRevealRequested: (y, height) => view.reveal(sections.y + websites.y + y, height)
             }
 
-            NameListSection {
+            ApplicationPolicyListSection {
+                id: applications
+
+                objectName: "applications"
                 width: sections.width
-                colors: settingsColors
-                title: qsTr("Blocked applications")
-                emptyMessage: qsTr("No applications blocked")
+                style: pageStyle
+                viewportTop: page.contentY - sections.y - y
+                viewportHeight: page.height
                 items: view.blockedApplications
+                onAdd: view.openEditor("application")
+                onRemove: bundleIdentifier => view.applicationRemoved(bundleIdentifier)
+                onLeftForward: view.focusFirst(Qt.TabFocusReason)
+                onLeftBackward: websites.focusLast(Qt.BacktabFocusReason)
+                onRevealRequested: (y, height) => view.reveal(sections.y + applications.y + y, height)
             }
+        }
+    }
+
+    ScrollHandle {
+        anchors { right: parent.right; top: parent.top; bottom: parent.bottom; margins: 4 }
+        style: pageStyle
+        flickable: page
+    }
+
+    // A new sheet each time, which begins empty.
+    Loader {
+        id: sheet
+
+        anchors.fill: parent
+        active: view.editor !== ""
+        sourceComponent: view.editor === "application" ? applicationEditor : domainEditor
+        focus: active
+    }
+
+    // Bound components cannot be made by a Loader of a view that was made with initial properties (Qt 6.4).
+    // qmllint disable unqualified
+    Component {
+        id: domainEditor
+
+        DomainEditor {
+            style: sheetStyle
+            onSave: domain => view.domainAdded(domain)
+            onDismissed: view.closeEditor()
+        }
+    }
+
+    Component {
+        id: applicationEditor
+
+        ApplicationEditor {
+            style: sheetStyle
+            source: view.installedApplications
+            onSave: (bundleIdentifier, displayName) => view.applicationAdded(bundleIdentifier, displayName)
+            onDismissed: view.closeEditor()
+        }
+    }
+    // qmllint enable unqualified
+
+    Keys.onTabPressed: view.focusFirst(Qt.TabFocusReason)
+    Keys.onBacktabPressed: applications.focusLast(Qt.BacktabFocusReason)
+    Keys.onPressed: event => {
+        event.accepted = view.editor === ""
+        switch (event.key) {
+        case Qt.Key_Up:
+            page.moveTo(page.contentY - 40)
+            break
+        case Qt.Key_Down:
+            page.moveTo(page.contentY + 40)
+            break
+        case Qt.Key_PageUp:
+            page.moveTo(page.contentY - page.height + 40)
+            break
+        case Qt.Key_PageDown:
+            page.moveTo(page.contentY + page.height - 40)
+            break
+        case Qt.Key_Home:
+            page.moveTo(0)
+            break
+        case Qt.Key_End:
+            page.moveTo(page.contentHeight)
+            break
+        default:
+            event.accepted = false
         }
     }
 }

@@ -10,6 +10,7 @@
 #include <QTest>
 
 using namespace orvanta;
+using namespace orvanta::testing;
 
 namespace {
 

@@ -1,0 +1,272 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="es">
+<context>
+    <name>ApplicationEditor</name>
+    <message>
+        <source>Block application</source>
+        <translation>Bloquear aplicación</translation>
+    </message>
+    <message>
+        <source>Search applications</source>
+        <translation>Buscar aplicaciones</translation>
+    </message>
+    <message>
+        <source>Finding applications…</source>
+        <translation>Buscando aplicaciones…</translation>
+    </message>
+    <message>
+        <source>Applications</source>
+        <translation>Aplicaciones</translation>
+    </message>
+</context>
+<context>
+    <name>ApplicationPolicyListSection</name>
+    <message>
+        <source>Blocked applications</source>
+        <translation>Aplicaciones bloqueadas</translation>
+    </message>
+    <message>
+        <source>No applications blocked</source>
+        <translation>No hay aplicaciones bloqueadas</translation>
+    </message>
+</context>
+<context>
+    <name>BlockingView</name>
+    <message>
+        <source>Orvanta crown</source>
+        <translation>Corona de Orvanta</translation>
+    </message>
+    <message>
+        <source>You own your time, your orvanta.</source>
+        <translation>Eres dueño de tu tiempo, de tu orvanta.</translation>
+    </message>
+    <message>
+        <source>Persevere in the exact fulfillment of the duties of the moment.</source>
+        <translation>Persevera en el exacto cumplimiento de las obligaciones de ahora.</translation>
+    </message>
+    <message>
+        <source>The Way, 825</source>
+        <translation>Camino, 825</translation>
+    </message>
+    <message>
+        <source>I will focus now</source>
+        <translation>Voy a concentrarme ahora</translation>
+    </message>
+</context>
+<context>
+    <name>DomainEditor</name>
+    <message>
+        <source>Block website</source>
+        <translation>Bloquear sitio web</translation>
+    </message>
+    <message>
+        <source>Domain</source>
+        <translation>Dominio</translation>
+    </message>
+</context>
+<context>
+    <name>FocusSettingsView</name>
+    <message>
+        <source>Orvanta Focus</source>
+        <translation>Orvanta Focus</translation>
+    </message>
+    <message>
+        <source>Blocked websites</source>
+        <translation>Sitios web bloqueados</translation>
+    </message>
+    <message>
+        <source>No websites blocked</source>
+        <translation>No hay sitios web bloqueados</translation>
+    </message>
+</context>
+<context>
+    <name>FocusStatus</name>
+    <message>
+        <source>Focus active · macOS Focus + Orvanta task</source>
+        <translation>Concentración activa · Concentración de macOS + tarea de Orvanta</translation>
+    </message>
+    <message>
+        <source>Focus active · Orvanta task</source>
+        <translation>Concentración activa · tarea de Orvanta</translation>
+    </message>
+    <message>
+        <source>Focus active · macOS Focus</source>
+        <translation>Concentración activa · Concentración de macOS</translation>
+    </message>
+    <message>
+        <source>Focus inactive</source>
+        <translation>Concentración inactiva</translation>
+    </message>
+</context>
+<context>
+    <name>Main</name>
+    <message>
+        <source>Orvanta Focus</source>
+        <translation>Orvanta Focus</translation>
+    </message>
+</context>
+<context>
+    <name>PermissionsSection</name>
+    <message>
+        <source>Permissions</source>
+        <translation>Permisos</translation>
+    </message>
+</context>
+<context>
+    <name>PolicyRow</name>
+    <message>
+        <source>Remove</source>
+        <translation>Quitar</translation>
+    </message>
+</context>
+<context>
+    <name>QObject</name>
+    <message>
+        <source>The website filter is not installed on this computer</source>
+        <translation>El filtro de sitios web no está instalado en este equipo</translation>
+    </message>
+    <message>
+        <source>The website filter gave an answer that cannot be read</source>
+        <translation>El filtro de sitios web dio una respuesta que no se puede leer</translation>
+    </message>
+    <message>
+        <source>The website filter&apos;s preferences hold what this version does not know</source>
+        <translation>Las preferencias del filtro de sitios web contienen algo que esta versión no conoce</translation>
+    </message>
+</context>
+<context>
+    <name>SectionHeader</name>
+    <message>
+        <source>Add to %1</source>
+        <translation>Añadir a %1</translation>
+    </message>
+</context>
+<context>
+    <name>ServiceFailure</name>
+    <message>
+        <source>Orvanta request failed (HTTP %1)</source>
+        <translation>La solicitud a Orvanta ha fallado (HTTP %1)</translation>
+    </message>
+    <message>
+        <source>Orvanta API key is missing</source>
+        <translation>Falta la clave de API de Orvanta</translation>
+    </message>
+    <message>
+        <source>Orvanta returned an invalid response</source>
+        <translation>Orvanta ha devuelto una respuesta no válida</translation>
+    </message>
+    <message>
+        <source>Orvanta&apos;s answer could not be read: it is not valid JSON</source>
+        <translation>No se ha podido leer la respuesta de Orvanta: no es JSON válido</translation>
+    </message>
+    <message>
+        <source>Orvanta&apos;s answer could not be read: &quot;%1&quot; is missing</source>
+        <translation>No se ha podido leer la respuesta de Orvanta: falta «%1»</translation>
+    </message>
+    <message>
+        <source>Orvanta&apos;s answer could not be read: it is not a JSON object</source>
+        <translation>No se ha podido leer la respuesta de Orvanta: no es un objeto JSON</translation>
+    </message>
+    <message>
+        <source>Orvanta&apos;s answer could not be read: &quot;%1&quot; has an unexpected value</source>
+        <translation>No se ha podido leer la respuesta de Orvanta: «%1» tiene un valor inesperado</translation>
+    </message>
+    <message>
+        <source>The request could not be written: it holds a text that is not valid Unicode</source>
+        <translation>No se ha podido escribir la solicitud: contiene un texto que no es Unicode válido</translation>
+    </message>
+</context>
+<context>
+    <name>SheetButtons</name>
+    <message>
+        <source>Cancel</source>
+        <translation>Cancelar</translation>
+    </message>
+</context>
+<context>
+    <name>StoredFile</name>
+    <message>
+        <source>cannot be read (%1)</source>
+        <translation>no se puede leer (%1)</translation>
+    </message>
+    <message>
+        <source>is a folder</source>
+        <translation>es una carpeta</translation>
+    </message>
+    <message>
+        <source>is not a regular file</source>
+        <translation>no es un archivo normal</translation>
+    </message>
+    <message>
+        <source>is larger than %1 MiB</source>
+        <translation>ocupa más de %1 MiB</translation>
+    </message>
+    <message>
+        <source>another copy of the program is holding %1</source>
+        <translation>otra copia del programa tiene ocupado %1</translation>
+    </message>
+    <message>
+        <source>it would be larger than %1 MiB</source>
+        <translation>ocuparía más de %1 MiB</translation>
+    </message>
+    <message>
+        <source>%1 %2, and it could not be moved aside: %3</source>
+        <translation>%1 %2, y no se ha podido apartar: %3</translation>
+    </message>
+    <message>
+        <source>%1 %2; it was moved aside to %3</source>
+        <translation>%1 %2; se ha apartado como %3</translation>
+    </message>
+    <message>
+        <source>%1 could not be saved: %2</source>
+        <translation>No se ha podido guardar %1: %2</translation>
+    </message>
+    <message>
+        <source>is empty</source>
+        <translation>está vacío</translation>
+    </message>
+    <message>
+        <source>is JSON that breaks off after %1 bytes</source>
+        <translation>es JSON que se interrumpe tras %1 bytes</translation>
+    </message>
+    <message>
+        <source>is not JSON (at byte %1 of %2)</source>
+        <translation>no es JSON (en el byte %1 de %2)</translation>
+    </message>
+    <message>
+        <source>is not one JSON object</source>
+        <translation>no es un único objeto JSON</translation>
+    </message>
+</context>
+<context>
+    <name>WebsiteProtection</name>
+    <message>
+        <source>Activate website protection</source>
+        <translation>Activar la protección web</translation>
+    </message>
+    <message>
+        <source>Website protection ready</source>
+        <translation>Protección web lista</translation>
+    </message>
+    <message>
+        <source>Blocking Active</source>
+        <translation>Bloqueo activo</translation>
+    </message>
+</context>
+<context>
+    <name>orvanta::AppModel</name>
+    <message>
+        <source>Setup required</source>
+        <translation>Se requiere configuración</translation>
+    </message>
+    <message>
+        <source>Orvanta API key required</source>
+        <translation>Se requiere la clave de API de Orvanta</translation>
+    </message>
+    <message>
+        <source>Orvanta connected</source>
+        <translation>Orvanta conectado</translation>
+    </message>
+</context>
+</TS>

@@ -1,0 +1,272 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="zh_CN">
+<context>
+    <name>ApplicationEditor</name>
+    <message>
+        <source>Block application</source>
+        <translation>屏蔽应用</translation>
+    </message>
+    <message>
+        <source>Search applications</source>
+        <translation>搜索应用</translation>
+    </message>
+    <message>
+        <source>Finding applications…</source>
+        <translation>正在查找应用…</translation>
+    </message>
+    <message>
+        <source>Applications</source>
+        <translation>应用</translation>
+    </message>
+</context>
+<context>
+    <name>ApplicationPolicyListSection</name>
+    <message>
+        <source>Blocked applications</source>
+        <translation>已屏蔽的应用</translation>
+    </message>
+    <message>
+        <source>No applications blocked</source>
+        <translation>没有屏蔽任何应用</translation>
+    </message>
+</context>
+<context>
+    <name>BlockingView</name>
+    <message>
+        <source>Orvanta crown</source>
+        <translation>Orvanta 王冠</translation>
+    </message>
+    <message>
+        <source>You own your time, your orvanta.</source>
+        <translation>你的时间，你的 orvanta，由你掌握。</translation>
+    </message>
+    <message>
+        <source>Persevere in the exact fulfillment of the duties of the moment.</source>
+        <translation>坚持不懈，一丝不苟地履行当下的职责。</translation>
+    </message>
+    <message>
+        <source>The Way, 825</source>
+        <translation>《道路》，825</translation>
+    </message>
+    <message>
+        <source>I will focus now</source>
+        <translation>我现在就专注</translation>
+    </message>
+</context>
+<context>
+    <name>DomainEditor</name>
+    <message>
+        <source>Block website</source>
+        <translation>屏蔽网站</translation>
+    </message>
+    <message>
+        <source>Domain</source>
+        <translation>域名</translation>
+    </message>
+</context>
+<context>
+    <name>FocusSettingsView</name>
+    <message>
+        <source>Orvanta Focus</source>
+        <translation>Orvanta Focus</translation>
+    </message>
+    <message>
+        <source>Blocked websites</source>
+        <translation>已屏蔽的网站</translation>
+    </message>
+    <message>
+        <source>No websites blocked</source>
+        <translation>没有屏蔽任何网站</translation>
+    </message>
+</context>
+<context>
+    <name>FocusStatus</name>
+    <message>
+        <source>Focus active · macOS Focus + Orvanta task</source>
+        <translation>专注已开启 · macOS 专注模式 + Orvanta 任务</translation>
+    </message>
+    <message>
+        <source>Focus active · Orvanta task</source>
+        <translation>专注已开启 · Orvanta 任务</translation>
+    </message>
+    <message>
+        <source>Focus active · macOS Focus</source>
+        <translation>专注已开启 · macOS 专注模式</translation>
+    </message>
+    <message>
+        <source>Focus inactive</source>
+        <translation>专注未开启</translation>
+    </message>
+</context>
+<context>
+    <name>Main</name>
+    <message>
+        <source>Orvanta Focus</source>
+        <translation>Orvanta Focus</translation>
+    </message>
+</context>
+<context>
+    <name>PermissionsSection</name>
+    <message>
+        <source>Permissions</source>
+        <translation>权限</translation>
+    </message>
+</context>
+<context>
+    <name>PolicyRow</name>
+    <message>
+        <source>Remove</source>
+        <translation>移除</translation>
+    </message>
+</context>
+<context>
+    <name>QObject</name>
+    <message>
+        <source>The website filter is not installed on this computer</source>
+        <translation>这台电脑上没有安装网站过滤器</translation>
+    </message>
+    <message>
+        <source>The website filter gave an answer that cannot be read</source>
+        <translation>网站过滤器给出了无法读取的答复</translation>
+    </message>
+    <message>
+        <source>The website filter&apos;s preferences hold what this version does not know</source>
+        <translation>网站过滤器的首选项中有此版本不认识的内容</translation>
+    </message>
+</context>
+<context>
+    <name>SectionHeader</name>
+    <message>
+        <source>Add to %1</source>
+        <translation>添加到%1</translation>
+    </message>
+</context>
+<context>
+    <name>ServiceFailure</name>
+    <message>
+        <source>Orvanta request failed (HTTP %1)</source>
+        <translation>Orvanta 请求失败（HTTP %1）</translation>
+    </message>
+    <message>
+        <source>Orvanta API key is missing</source>
+        <translation>缺少 Orvanta API 密钥</translation>
+    </message>
+    <message>
+        <source>Orvanta returned an invalid response</source>
+        <translation>Orvanta 返回了无效的响应</translation>
+    </message>
+    <message>
+        <source>Orvanta&apos;s answer could not be read: it is not valid JSON</source>
+        <translation>无法读取 Orvanta 的回复：不是有效的 JSON</translation>
+    </message>
+    <message>
+        <source>Orvanta&apos;s answer could not be read: &quot;%1&quot; is missing</source>
+        <translation>无法读取 Orvanta 的回复：缺少“%1”</translation>
+    </message>
+    <message>
+        <source>Orvanta&apos;s answer could not be read: it is not a JSON object</source>
+        <translation>无法读取 Orvanta 的回复：不是 JSON 对象</translation>
+    </message>
+    <message>
+        <source>Orvanta&apos;s answer could not be read: &quot;%1&quot; has an unexpected value</source>
+        <translation>无法读取 Orvanta 的回复：“%1”的值不符合预期</translation>
+    </message>
+    <message>
+        <source>The request could not be written: it holds a text that is not valid Unicode</source>
+        <translation>无法写入请求：其中含有不是有效 Unicode 的文本</translation>
+    </message>
+</context>
+<context>
+    <name>SheetButtons</name>
+    <message>
+        <source>Cancel</source>
+        <translation>取消</translation>
+    </message>
+</context>
+<context>
+    <name>StoredFile</name>
+    <message>
+        <source>cannot be read (%1)</source>
+        <translation>无法读取（%1）</translation>
+    </message>
+    <message>
+        <source>is a folder</source>
+        <translation>是一个文件夹</translation>
+    </message>
+    <message>
+        <source>is not a regular file</source>
+        <translation>不是普通文件</translation>
+    </message>
+    <message>
+        <source>is larger than %1 MiB</source>
+        <translation>大于 %1 MiB</translation>
+    </message>
+    <message>
+        <source>another copy of the program is holding %1</source>
+        <translation>程序的另一个副本正占用 %1</translation>
+    </message>
+    <message>
+        <source>it would be larger than %1 MiB</source>
+        <translation>它将大于 %1 MiB</translation>
+    </message>
+    <message>
+        <source>%1 %2, and it could not be moved aside: %3</source>
+        <translation>%1 %2，并且无法将其移开：%3</translation>
+    </message>
+    <message>
+        <source>%1 %2; it was moved aside to %3</source>
+        <translation>%1 %2；已将其移至 %3</translation>
+    </message>
+    <message>
+        <source>%1 could not be saved: %2</source>
+        <translation>无法保存 %1：%2</translation>
+    </message>
+    <message>
+        <source>is empty</source>
+        <translation>是空的</translation>
+    </message>
+    <message>
+        <source>is JSON that breaks off after %1 bytes</source>
+        <translation>是在 %1 字节后中断的 JSON</translation>
+    </message>
+    <message>
+        <source>is not JSON (at byte %1 of %2)</source>
+        <translation>不是 JSON（第 %1 字节，共 %2 字节）</translation>
+    </message>
+    <message>
+        <source>is not one JSON object</source>
+        <translation>不是单个 JSON 对象</translation>
+    </message>
+</context>
+<context>
+    <name>WebsiteProtection</name>
+    <message>
+        <source>Activate website protection</source>
+        <translation>启用网站保护</translation>
+    </message>
+    <message>
+        <source>Website protection ready</source>
+        <translation>网站保护已就绪</translation>
+    </message>
+    <message>
+        <source>Blocking Active</source>
+        <translation>正在屏蔽</translation>
+    </message>
+</context>
+<context>
+    <name>orvanta::AppModel</name>
+    <message>
+        <source>Setup required</source>
+        <translation>需要设置</translation>
+    </message>
+    <message>
+        <source>Orvanta API key required</source>
+        <translation>需要 Orvanta API 密钥</translation>
+    </message>
+    <message>
+        <source>Orvanta connected</source>
+        <translation>Orvanta 已连接</translation>
+    </message>
+</context>
+</TS>

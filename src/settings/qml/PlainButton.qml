@@ -1,0 +1,33 @@
+import QtQuick
+
+/* A word that can be pressed. What is pressed reaches out to both sides, so that the word itself stands on the edge. */
+PressableControl {
+    id: button
+
+    readonly property real reach: 8
+
+    implicitWidth: label.implicitWidth + 2 * reach
+    implicitHeight: Math.max(28, label.height)
+    ringMargin: 0
+    ringRadius: 8
+
+    Rectangle {
+        objectName: "veil"
+        anchors.fill: parent
+        radius: 8
+        color: button.pressed ? button.style.veilPress : button.hovered ? button.style.veilHover : "transparent"
+    }
+
+    StyledText {
+        id: label
+
+        objectName: "label"
+        anchors.centerIn: parent
+        style: button.style
+        text: button.text
+        size: 13
+        line: 18
+        color: button.hovered || button.pressed ? button.style.text : button.style.secondaryText
+        Accessible.ignored: true
+    }
+}
