@@ -1,0 +1,41 @@
+#pragma once
+
+#include "filter/linux/filter_rules.h"
+#include "filter/linux/packet_queue.h"
+
+#include <expected>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace orvanta::filter {
+
+/// The filter as a whole: the rules are in the kernel, and the queue is answered, exactly while it is on.
+class ContentFilter {
+public:
+    /// `refusals` is an event descriptor that grows with each refusal.
+    ContentFilter(std::uint16_t queue, MarkBits bits, int refusals);
+    /// Takes the rules away.
+    ~ContentFilter();
+
+    ContentFilter(const ContentFilter&) = delete;
+    ContentFilter& operator=(const ContentFilter&) = delete;
+
+    /// Blocks `domains` from now on. When it is on already, connections to what the new list blocks are closed with their
+    /// next packet, and the others go on.
+    [[nodiscard]] std::expected<void, std::string> switchOn(const std::vector<std::string>& domains);
+    [[nodiscard]] std::expected<void, std::string> switchOff();
+
+    [[nodiscard]] const PacketQueue* queue() const { return m_queue.get(); }
+
+private:
+    std::uint16_t m_number;
+    FilterRules m_rules;
+    MarkBits m_bits;
+    int m_refusals;
+    std::vector<std::string> m_domains; ///< what the generation stands for
+    std::uint8_t m_generation;
+    std::unique_ptr<PacketQueue> m_queue; ///< present while it is on
+};
+
+} // namespace orvanta::filter

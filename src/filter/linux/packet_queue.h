@@ -1,0 +1,65 @@
+#pragma once
+
+#include "filter/core/flow_inspector.h"
+#include "filter/linux/mark_bits.h"
+
+#include <atomic>
+#include <cstdint>
+#include <expected>
+#include <memory>
+#include <string>
+#include <thread>
+
+struct mnl_socket;
+struct nlmsghdr;
+
+namespace orvanta::filter {
+
+/// What went through the queue; written by its thread, read by any.
+struct PacketCounters {
+    std::atomic<std::uint64_t> seen = 0;      ///< every packet
+    std::atomic<std::uint64_t> refused = 0;   ///< flows that named a blocked host
+    std::atomic<std::uint64_t> closed = 0;    ///< flows from before, refused at their next request
+    std::atomic<std::uint64_t> allowed = 0;   ///< flows that named another host
+    std::atomic<std::uint64_t> undecided = 0; ///< flows that passed without having named a host that we can read
+    std::atomic<std::uint64_t> missed = 0;    ///< times the kernel says that packets went past, since we were too slow
+};
+
+/// The kernel's queue and the thread that answers it. That thread does nothing but decide: no files, no bus, no locks.
+class PacketQueue {
+public:
+    /// Opens the queue and starts. `refusals` is an event descriptor to which each refusal adds one.
+    [[nodiscard]] static std::expected<std::unique_ptr<PacketQueue>, std::string> open(
+        std::uint16_t number, MarkBits bits, std::shared_ptr<const DomainTable> blocked, int refusals);
+    ~PacketQueue();
+
+    /// From the next packet on.
+    void setBlocked(std::shared_ptr<const DomainTable> blocked);
+
+    [[nodiscard]] const PacketCounters& counters() const { return m_counters; }
+    /// Grows as long as the thread is alive, at least once a second.
+    [[nodiscard]] std::uint64_t heartbeat() const { return m_heartbeat.load(); }
+
+    static int take(const nlmsghdr* message, void* queue); ///< for the library
+
+private:
+    using Socket = std::unique_ptr<mnl_socket, int (*)(mnl_socket*)>;
+
+    PacketQueue(Socket socket, std::uint16_t number, MarkBits bits, std::shared_ptr<const DomainTable> blocked, int refusals);
+    [[nodiscard]] std::expected<void, std::string> bind();
+    void run(const std::stop_token& stop);
+    void decide(Bytes packet, std::uint32_t id, std::uint32_t mark);
+    void count(const Decision& decision);
+
+    Socket m_socket;
+    std::uint16_t m_number;
+    MarkBits m_bits;
+    int m_refusals;
+    PacketCounters m_counters;
+    std::atomic<std::uint64_t> m_heartbeat = 0;
+    std::atomic<std::shared_ptr<const DomainTable>> m_next; ///< a table that the thread has not taken over yet
+    FlowInspector m_inspector;                              ///< the thread's own
+    std::jthread m_thread;
+};
+
+} // namespace orvanta::filter

@@ -1,0 +1,256 @@
+#include "filter/core/dns_answer.h"
+#include "filter/core/http_host.h"
+#include "filter/core/packet.h"
+#include "filter/core/range_buffer.h"
+#include "filter/core/tls_client_hello.h"
+#include "filter_samples.h"
+
+#include <QTest>
+
+#include <algorithm>
+#include <array>
+#include <random>
+
+using namespace orvanta::filter;
+using namespace orvanta::testing;
+
+namespace {
+
+using enum NameSearch::Outcome;
+
+NameSearch http(std::string_view text)
+{
+    return findHttpHost(asBytes(text));
+}
+
+Bytes prefixOf(const Octets& bytes, std::size_t size)
+{
+    return Bytes(bytes).first(size);
+}
+
+} // namespace
+
+class TestFilterParsers : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    // HTTP
+
+    void theHostLineIsFound()
+    {
+        const NameSearch expected { .outcome = found, .name = "www.example.com" };
+        QVERIFY(http("GET / HTTP/1.1\r\nHost: www.example.com\r\n\r\n") == expected);
+        QVERIFY(http("GET / HTTP/1.1\r\nAccept: */*\r\nhOsT:WWW.Example.com.:80 \r\n") == expected);
+        QVERIFY(http("\r\nPOST /x HTTP/1.0\nHost: www.example.com\n\n") == expected);
+        QVERIFY(http("M-SEARCH * HTTP/1.1\r\nHost: www.example.com\r\n") == expected);
+    }
+
+    void anAbsoluteTargetCountsBeforeTheHostLine()
+    {
+        QVERIFY(http("GET http://u:p@a.example:8080/x HTTP/1.1\r\nHost: b.example\r\n\r\n").name == "a.example");
+        QVERIFY(http("CONNECT a.example:443 HTTP/1.1\r\n").name == "a.example");
+        QVERIFY(http("GET /?u=http://a.example/ HTTP/1.1\r\nHost: b.example\r\n\r\n").name == "b.example");
+    }
+
+    void aRequestWithoutHostNamesNone()
+    {
+        QVERIFY(http("GET / HTTP/1.0\r\nAccept: x\r\n\r\nHost: a.example\r\n").outcome == absent);
+        QVERIFY(http("GET / HTTP/1.1\r\nHost:\r\n\r\n").outcome == absent);
+    }
+
+    void whatIsNoRequestIsForeign()
+    {
+        for (const auto* text :
+            { "get / HTTP/1.1\r\n", "\x16\x03\x01", "SSH-2.0-x\r\n", "GET /\r\n", "AVERYLONGMETHODTHATNOBODYHAS / HTTP/1.1", " GET" })
+            QVERIFY2(http(text).outcome == foreign, text);
+    }
+
+    void aRequestMayComeByteByByte()
+    {
+        const Octets request = octets("GET /path HTTP/1.1\r\nUser-Agent: x\r\nHost: a.example\r\n\r\n");
+        std::size_t size = 0;
+        while (findHttpHost(prefixOf(request, size)).outcome == incomplete)
+            ++size;
+        QVERIFY(findHttpHost(prefixOf(request, size)).name == "a.example");
+        QCOMPARE(size, request.size() - 2);
+    }
+
+    void theSearchInARequestIsBounded()
+    {
+        QVERIFY(http("GET /" + std::string(longestSearch, 'x')).outcome == absent);
+        QVERIFY(http("GET / HTTP/1.1\r\nX: " + std::string(longestSearch, 'x')).outcome == absent);
+    }
+
+    // TLS
+
+    void theServerNameIsFound()
+    {
+        QVERIFY(findServerNameInRecords(records(clientHello("WWW.Example.com."))) == (NameSearch { .outcome = found, .name = "www.example.com" }));
+    }
+
+    void aHelloMayComeByteByByteAndInRecordsOfAnySize()
+    {
+        for (const std::size_t size : { std::size_t(1), std::size_t(7), std::size_t(100), std::size_t(16384) }) {
+            const Octets stream = records(clientHello("a.example", 600), size);
+            NameSearch search;
+            std::size_t there = 0;
+            std::size_t needed = 0;
+            for (; there <= stream.size(); ++there) {
+                search = findServerNameInRecords(prefixOf(stream, there));
+                if (search.outcome != incomplete)
+                    break;
+                needed = std::max(needed, search.needed);
+                QVERIFY(search.needed > there);
+            }
+            QVERIFY(search.name == "a.example");
+            // Nobody who waits for what is said to be needed waits in vain.
+            QVERIFY(needed <= stream.size());
+        }
+    }
+
+    void aHelloWithoutNameNamesNone()
+    {
+        QVERIFY(findServerNameInRecords(records(clientHello(""))).outcome == absent);
+        QVERIFY(findServerName(clientHello("a b")).outcome == absent);
+    }
+
+    void whatIsNoHelloIsForeign()
+    {
+        QVERIFY(findServerNameInRecords(octets("GET / HTTP/1.1\r\n")).outcome == foreign);
+        QVERIFY(findServerNameInRecords(octets("\x16\x02\x01")).outcome == foreign);
+        Octets serverHello = clientHello("a.example");
+        serverHello[0] = std::byte { 2 };
+        QVERIFY(findServerNameInRecords(records(serverHello)).outcome == foreign);
+    }
+
+    void theSearchInAHelloIsBounded()
+    {
+        QVERIFY(findServerNameInRecords(prefixOf(records(clientHello("a.example", 40000)), longestSearch)).outcome == absent);
+    }
+
+    void brokenLengthsAreSurvived()
+    {
+        const Octets hello = clientHello("a.example", 20);
+        std::mt19937 random(2);
+        for (int round = 0; round < 20000; ++round) {
+            Octets broken = hello;
+            for (int change = 0; change < 3; ++change)
+                broken[random() % broken.size()] = static_cast<std::byte>(random());
+            const auto cut = random() % (broken.size() + 1);
+            (void)findServerName(prefixOf(broken, cut));
+            const auto search = findServerNameInRecords(prefixOf(records(broken, 50), cut));
+            QVERIFY(search.outcome != incomplete || search.needed > cut);
+        }
+    }
+
+    void laterRecordsAreRecognised()
+    {
+        QVERIFY(isLaterRecord(octets("\x17\x03\x03\x01\x01xxx")));
+        QVERIFY(isLaterRecord(octets("\x15\x03\x03\x01\x02xx")));
+        QVERIFY(!isLaterRecord(records(clientHello("a.example"))));
+        QVERIFY(!isLaterRecord(octets("\x17\x03\x03")));
+        QVERIFY(!isLaterRecord(octets("GET / HTTP/1.1")));
+    }
+
+    // Pieces
+
+    void piecesInAnyOrderMakeTheStream()
+    {
+        std::mt19937 random(3);
+        const Octets whole = octets("The quick brown fox jumps over the lazy dog, and over the next one.");
+        for (int round = 0; round < 500; ++round) {
+            RangeBuffer buffer(longestSearch);
+            std::vector<bool> there(whole.size());
+            while (buffer.prefix().size() < whole.size()) {
+                const auto begin = random() % whole.size();
+                const auto size = 1 + random() % 12;
+                const auto piece = Bytes(whole).subspan(begin, std::min(size, whole.size() - begin));
+                buffer.insert(begin, piece);
+                std::fill_n(there.begin() + static_cast<std::ptrdiff_t>(begin), piece.size(), true);
+                const auto expected = static_cast<std::size_t>(std::ranges::find(there, false) - there.begin());
+                QCOMPARE(buffer.prefix().size(), expected);
+                QVERIFY(std::ranges::equal(buffer.prefix(), Bytes(whole).first(expected)));
+            }
+        }
+    }
+
+    void whatCameFirstStays()
+    {
+        RangeBuffer buffer(10);
+        buffer.insert(2, asBytes("cd"));
+        buffer.insert(0, asBytes("ABCDEF"));
+        QCOMPARE(QByteArray::fromStdString(std::string(asText(buffer.prefix()))), QByteArray("ABcdEF"));
+    }
+
+    void piecesBeyondTheBoundAreDropped()
+    {
+        RangeBuffer buffer(4);
+        buffer.insert(10, asBytes("x"));
+        buffer.insert(~std::uint64_t { 0 }, asBytes("x"));
+        buffer.insert(2, asBytes("cdef"));
+        buffer.insert(0, asBytes("ab"));
+        QCOMPARE(QByteArray::fromStdString(std::string(asText(buffer.prefix()))), QByteArray("abcd"));
+    }
+
+    // DNS
+
+    void theCanaryDoesNotExist()
+    {
+        const auto answer = rewrittenAnswer(dnsAnswer({ "Use-Application-DNS", "net" }, 1), DomainTable());
+        QVERIFY(answer.has_value());
+        QCOMPARE(std::to_integer<int>((*answer)[3]) & 0x0f, 3);
+        QCOMPARE(std::to_integer<int>((*answer)[5]), 1);
+        QCOMPARE(std::to_integer<int>((*answer)[7]), 0);
+        QCOMPARE(answer->size(), std::size_t(12 + 25 + 4));
+    }
+
+    void theHttpsRecordOfABlockedHostDoesNotExist()
+    {
+        const auto blocked = DomainTable::build(std::array<std::string, 1> { "a.example" });
+        const auto answer = rewrittenAnswer(dnsAnswer({ "www", "a", "example" }, 65), blocked);
+        QVERIFY(answer.has_value());
+        QCOMPARE(std::to_integer<int>((*answer)[3]) & 0x0f, 0);
+        QCOMPARE(std::to_integer<int>((*answer)[7]), 0);
+    }
+
+    void otherAnswersStayAsTheyAre()
+    {
+        const auto blocked = DomainTable::build(std::array<std::string, 1> { "a.example" });
+        QVERIFY(!rewrittenAnswer(dnsAnswer({ "www", "a", "example" }, 1), blocked));
+        QVERIFY(!rewrittenAnswer(dnsAnswer({ "www", "b", "example" }, 65), blocked));
+        QVERIFY(!rewrittenAnswer(dnsAnswer({ "a", "example" }, 65, 0x0100), blocked)); // a question
+        QVERIFY(!rewrittenAnswer(octets("short"), blocked));
+    }
+
+    // Packets
+
+    void headersAreReadInBothVersions()
+    {
+        for (const Ip ip : { Ip::v4, Ip::v6 }) {
+            const Octets tcp = tcpPacket(ip, 40000, 443, 77, asBytes("hello"), { .syn = true });
+            const auto packet = readPacket(tcp);
+            QVERIFY(packet.has_value());
+            QVERIFY(packet->flow.transport == Transport::tcp);
+            QCOMPARE(packet->flow.destinationPort, 443);
+            QCOMPARE(packet->sequence, 77U);
+            QVERIFY(packet->isSyn && !packet->isReset);
+            QVERIFY(asText(packet->payload) == "hello");
+            const Octets datagram = udpPacket(ip, 40000, 443, asBytes("hi"));
+            const auto udp = readPacket(datagram);
+            QVERIFY(udp && udp->flow.transport == Transport::udp && asText(udp->payload) == "hi");
+            for (std::size_t size = 0; size < tcp.size(); ++size)
+                QVERIFY(!readPacket(prefixOf(tcp, size)));
+        }
+    }
+
+    void laterFragmentsAndOtherProtocolsAreNotRead()
+    {
+        Octets fragment = tcpPacket(Ip::v4, 1, 443, 0, asBytes("x"));
+        fragment[7] = std::byte { 1 };
+        QVERIFY(!readPacket(fragment));
+        QVERIFY(!readPacket(ipPacket(Ip::v4, 1, Octets(16))));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestFilterParsers)
+#include "test_filter_parsers.moc"

@@ -1,0 +1,101 @@
+#include "filter/linux/preferences.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace orvanta::filter;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+StoredState someState()
+{
+    StoredState state;
+    state.activated = true;
+    state.preferences = { .enabled = true,
+        .grade = 1,
+        .localizedDescription = "Orvanta Focus website protection",
+        .hasProvider = true,
+        .filterSockets = true,
+        .providerIdentifier = "com.orvanta.focus.OrvantaFocusDNSProxy",
+        .blockedDomains = { "a.example", "b\"\\\n.example" },
+        .hasBlockedDomains = true };
+    state.dnsProxyProvider = "com.example.Proxy";
+    return state;
+}
+
+} // namespace
+
+class TestFilterState : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void aStateIsReadAsItWasWritten()
+    {
+        const QTemporaryDir folder;
+        const StateFile file(folder.path().toStdString());
+        QVERIFY(file.read() == StoredState());
+        for (const StoredState& state : { someState(), StoredState() }) {
+            QVERIFY(file.write(state).has_value());
+            QVERIFY(file.read() == state);
+        }
+    }
+
+    void nobodyElseMayReadIt()
+    {
+        const QTemporaryDir folder;
+        QVERIFY(StateFile(folder.path().toStdString()).write(someState()).has_value());
+        const auto others = QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther;
+        QVERIFY(!(QFile::permissions(folder.filePath(u"state.json"_s)) & others));
+    }
+
+    void aDamagedFileIsSetAside()
+    {
+        const QTemporaryDir folder;
+        QFile damaged(folder.filePath(u"state.json"_s));
+        QVERIFY(damaged.open(QIODevice::WriteOnly));
+        damaged.write("{\"activated\":tr");
+        damaged.close();
+        const StateFile file(folder.path().toStdString());
+        QVERIFY(!file.read().has_value());
+        QVERIFY(QFile::exists(folder.filePath(u"state.json.damaged"_s)));
+        QVERIFY(file.read() == StoredState());
+    }
+
+    void whatCannotBeStoredIsAnErrorAndLeavesTheOldState() { QVERIFY(!StateFile("/nowhere/at/all").write(someState()).has_value()); }
+
+    void whatIsNotOfThatFormIsRefused_data()
+    {
+        QTest::addColumn<QByteArray>("text");
+        QTest::newRow("empty") << QByteArray();
+        QTest::newRow("no object") << QByteArray("[]");
+        QTest::newRow("a key is missing") << QByteArray("{'activated':true}");
+        QTest::newRow("an unknown key") << QByteArray("{'activated':true,'preferences':{},'x':1}");
+        QTest::newRow("an unknown preference") << QByteArray("{'activated':true,'preferences':{'x':1}}");
+        QTest::newRow("a flag that is none") << QByteArray("{'activated':1,'preferences':{}}");
+        QTest::newRow("a grade that is none") << QByteArray("{'activated':true,'preferences':{'grade':'1'}}");
+        QTest::newRow("a domain that is none") << QByteArray("{'activated':true,'preferences':{'blockedDomains':[1]}}");
+    }
+
+    void whatIsNotOfThatFormIsRefused()
+    {
+        QFETCH(QByteArray, text);
+        QVERIFY(!decodeState(text.replace('\'', '"').toStdString()).has_value());
+    }
+
+    void onlyOurOwnSwitchedOnConfigurationAsksToFilter()
+    {
+        Preferences preferences = someState().preferences;
+        QVERIFY(preferences.asksToFilter());
+        preferences.providerIdentifier = "com.example.Filter";
+        QVERIFY(!preferences.asksToFilter());
+        preferences = someState().preferences;
+        preferences.enabled = false;
+        QVERIFY(!preferences.asksToFilter());
+        QVERIFY(!Preferences().asksToFilter());
+    }
+};
+
+QTEST_GUILESS_MAIN(TestFilterState)
+#include "test_filter_state.moc"
