@@ -24,7 +24,15 @@ class Handler(BaseHTTPRequestHandler):
     def do_GET(self):
         global requests
         requests += 1
-        self.send_response(200)
+        self.answer(200)
+
+    def do_POST(self):
+        """A period of activity, which is not counted among the polls."""
+        self.rfile.read(int(self.headers["Content-Length"]))
+        self.answer(201)
+
+    def answer(self, status):
+        self.send_response(status)
         self.send_header("Content-Type", "application/json")
         self.send_header("Content-Length", str(len(ANSWER)))
         if CLOSES:

@@ -1,5 +1,6 @@
 #include "app/app_model.h"
 
+#include "activity/activity_api_client.h"
 #include "app/policy/blocked_applications.h"
 #include "app/policy/focus_activation.h"
 #include "app/stored_lists.h"
@@ -15,6 +16,7 @@ AppModel::AppModel(const AppModelDependencies& dependencies, const QStringList& 
     , m_permissionSummary(tr("Setup required"))
     , m_notices(std::move(notices))
     , m_blockingCoordinator(dependencies.screens, dependencies.overlayPanels, dependencies.runningApplications)
+    , m_systemFocusMonitor(dependencies.systemFocus, dependencies.systemFocusPause)
 {
     // 1. What the launch arguments ask for.
     m_options = LaunchOptions::read(arguments);
@@ -42,7 +44,11 @@ AppModel::AppModel(const AppModelDependencies& dependencies, const QStringList& 
         });
     }
 
-    // 6. The service.
+    // 6. The system's own Focus.
+    startSystemFocusMonitor();
+
+    // 7. The tracker and the service.
+    startActivityTracker();
     startPolling();
 }
 
@@ -53,12 +59,17 @@ QString AppModel::focusStatusLabel() const
     return focusStatusLabelText(m_orvantaWorkActive, m_systemFocusActive);
 }
 
-QStringList AppModel::blockedApplicationNames() const
+QString AppModel::websiteProtectionTitle() const
 {
-    QStringList names;
-    for (const auto& application : m_blockedApplications)
-        names << application.displayName;
-    return names;
+    return m_websiteProtectionState ? orvanta::websiteProtectionTitle(*m_websiteProtectionState) : QString();
+}
+
+void AppModel::setWebsiteProtectionState(WebsiteProtectionState state)
+{
+    if (m_websiteProtectionState == state)
+        return;
+    m_websiteProtectionState = state;
+    Q_EMIT websiteProtectionStateChanged();
 }
 
 void AppModel::addDomain(const QString& text)
@@ -160,6 +171,28 @@ void AppModel::applyCloudChanges()
         setBlockedApplications(*std::move(applications));
     // To the local side alone: what came from the cloud is never sent back to it.
     persist(SyncToCloud::no);
+}
+
+void AppModel::startSystemFocusMonitor()
+{
+    m_systemFocusMonitor.onStatusChange = [self = QPointer(this)](bool isFocused) {
+        if (self)
+            self->systemFocusChanged(isFocused);
+    };
+    m_systemFocusMonitor.start();
+}
+
+void AppModel::startActivityTracker()
+{
+    auto key = FocusCredentialStore(m_dependencies.secrets).readAPIKey();
+    const QUrl& endpoint = m_dependencies.service.activityEndpoint;
+    if (!key || !endpoint.isValid())
+        return;
+    auto makeMonitor = [sources = m_dependencies.activitySources] { return std::make_unique<ActivityMonitor>(sources()); };
+    auto client = std::make_shared<ActivityAPIClient>(m_dependencies.urlSession, endpoint, *std::move(key));
+    m_activityTracker
+        = std::make_unique<TrackerService>(std::move(makeMonitor), TrackerOptions { .aggregationPeriod = 60.0, .sender = std::move(client) });
+    m_activityTracker->start();
 }
 
 void AppModel::startPolling()

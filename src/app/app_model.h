@@ -1,9 +1,12 @@
 #pragma once
 
+#include "activity/tracker_service.h"
 #include "app/launch_options.h"
 #include "app/policy/blocked_application.h"
 #include "app/policy/blocked_domains.h"
+#include "app/policy/website_protection_state.h"
 #include "app/polling_task.h"
+#include "app/system_focus_monitor.h"
 #include "blocking/application_blocker.h"
 #include "blocking/blocking_coordinator.h"
 #include "platform/cloud_store.h"
@@ -19,6 +22,7 @@
 
 #include <chrono>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace orvanta {
@@ -32,9 +36,12 @@ struct AppModelDependencies {
     OverlayPanels& overlayPanels;
     RunningApplications& runningApplications;
     ActivationMonitor& activationMonitor;
+    SystemFocus& systemFocus;
     UrlSession& urlSession;
+    MakeActivitySources activitySources;
     ServiceConfiguration service;
     std::chrono::milliseconds pollPause = PollingTask::defaultPause;
+    std::chrono::milliseconds systemFocusPause = SystemFocusMonitor::defaultPause;
 };
 
 /// The one long-lived state of the application: whether focus is active and why, the two blocked lists, the status line.
@@ -46,10 +53,10 @@ class AppModel : public QObject {
     QML_UNCREATABLE("made once, by main")
     Q_PROPERTY(bool focusActive READ focusActive NOTIFY focusActiveChanged)
     Q_PROPERTY(QString focusStatusLabel READ focusStatusLabel NOTIFY focusStatusLabelChanged)
-    Q_PROPERTY(QStringList blockedDomains READ blockedDomains NOTIFY blockedDomainsChanged)
-    Q_PROPERTY(QStringList blockedApplicationNames READ blockedApplicationNames NOTIFY blockedApplicationsChanged)
     Q_PROPERTY(QString permissionSummary READ permissionSummary NOTIFY permissionSummaryChanged)
     Q_PROPERTY(QStringList notices READ notices NOTIFY noticesChanged)
+    Q_PROPERTY(QString websiteProtectionTitle READ websiteProtectionTitle NOTIFY websiteProtectionStateChanged)
+    Q_PROPERTY(bool websiteBlockingActive READ websiteBlockingActive NOTIFY websiteProtectionStateChanged)
     Q_PROPERTY(bool isBlockedPreview READ isBlockedPreview CONSTANT)
     Q_PROPERTY(bool isBlockedApplicationPreview READ isBlockedApplicationPreview CONSTANT)
 
@@ -63,11 +70,15 @@ public:
     [[nodiscard]] QString focusStatusLabel() const;
     [[nodiscard]] const QStringList& blockedDomains() const { return m_blockedDomains.values(); }
     [[nodiscard]] const std::vector<BlockedApplication>& blockedApplications() const { return m_blockedApplications; }
-    [[nodiscard]] QStringList blockedApplicationNames() const;
     /// One line for the user: the latest status or error, whoever wrote it last.
     [[nodiscard]] QString permissionSummary() const { return m_permissionSummary; }
     /// Further lines for the user, beside the status: what could not be stored, and what was found damaged.
     [[nodiscard]] QStringList notices() const { return m_notices; }
+    /// How far website protection is; absent, and not shown, until something is attached that protects.
+    [[nodiscard]] const std::optional<WebsiteProtectionState>& websiteProtectionState() const { return m_websiteProtectionState; }
+    /// The words on its button; empty while nothing is attached.
+    [[nodiscard]] QString websiteProtectionTitle() const;
+    [[nodiscard]] bool websiteBlockingActive() const { return m_websiteProtectionState == WebsiteProtectionState::blockingActive; }
     [[nodiscard]] bool isBlockedPreview() const { return m_options.isBlockedPreview; }
     [[nodiscard]] bool isBlockedApplicationPreview() const { return m_options.isBlockedApplicationPreview; }
 
@@ -78,6 +89,9 @@ public:
     Q_INVOKABLE void addApplication(const QString& bundleIdentifier, const QString& displayName);
     Q_INVOKABLE void removeApplication(const QString& bundleIdentifier);
 
+    /// Whatever protects websites says how far it is; the first word attaches it.
+    void setWebsiteProtectionState(WebsiteProtectionState state);
+
     /// The system's Focus went on or off.
     void systemFocusChanged(bool isFocused);
 
@@ -87,6 +101,7 @@ Q_SIGNALS:
     void blockedDomainsChanged();
     void blockedApplicationsChanged();
     void permissionSummaryChanged();
+    void websiteProtectionStateChanged();
     void noticesChanged();
 
 private:
@@ -99,6 +114,8 @@ private:
     [[nodiscard]] bool cloudHoldsAnyList();
     void persist(SyncToCloud syncToCloud);
     void applyCloudChanges();
+    void startSystemFocusMonitor();
+    void startActivityTracker();
     void startPolling();
     void takePollAnswer(const PollingTask::Answer& answer);
     void applyFocus();
@@ -117,12 +134,15 @@ private:
     std::vector<BlockedApplication> m_blockedApplications;
     QString m_permissionSummary;
     QStringList m_notices;
+    std::optional<WebsiteProtectionState> m_websiteProtectionState;
 
     bool m_orvantaWorkActive = false; ///< the service's last answer
     bool m_systemFocusActive = false;
 
     BlockingCoordinator m_blockingCoordinator;
+    SystemFocusMonitor m_systemFocusMonitor;
     std::unique_ptr<ApplicationBlocker> m_applicationBlocker; ///< made at its first use
+    std::unique_ptr<TrackerService> m_activityTracker;        ///< absent without an API key
     std::unique_ptr<PollingTask> m_pollingTask;               ///< absent without an API key
     Subscription m_cloudChanges;                              ///< empty when cloud sync is off
 };

@@ -1,13 +1,16 @@
 #include "app/app_model.h"
-#include "app/authorities.h"
+#include "app/application.h"
 #include "app/main_window.h"
+#include "app/print_activity.h"
+#include "app/settings_models.h"
 #include "app/single_instance.h"
+#include "app/translations.h"
 #include "blocking/blocking_view_factory.h"
 #include "blocking/motion_settings.h"
 #include "platform/platform.h"
+#include "service/authorities.h"
 #include "service/network_url_session.h"
 
-#include <QGuiApplication>
 #include <QQmlEngine>
 
 #include <cstdio>
@@ -39,24 +42,26 @@ int main(int argc, char** argv)
         return fail(service.error(), usageError);
     if (const auto prepared = preparePlatform(); !prepared)
         return fail(prepared.error().description, EXIT_FAILURE);
-    QGuiApplication application(argc, argv);
-    QGuiApplication::setApplicationName(u"orvanta-focus"_s);
-    QGuiApplication::setApplicationDisplayName(u"Orvanta Focus"_s);
-    QGuiApplication::setDesktopFileName(u"com.orvanta.Focus"_s);
+    Application application(argc, argv);
+    Application::setApplicationName(u"orvanta-focus"_s);
+    Application::setApplicationDisplayName(u"Orvanta Focus"_s);
+    Application::setDesktopFileName(u"com.orvanta.Focus"_s);
+    const Translations translations; // before anything has words
 
-    const QStringList arguments = QGuiApplication::arguments();
+    const QStringList arguments = Application::arguments();
+    if (arguments.contains(u"--print-activity"_s))
+        return printActivity(activitySourcesFactory()(), stdout) ? EXIT_SUCCESS : EXIT_FAILURE;
     SingleInstance instance;
     if (!LaunchOptions::read(arguments).isUiTest && instance.claim() == SingleInstance::Claim::anotherOneRuns)
         return EXIT_SUCCESS;
-    QGuiApplication::setQuitOnLastWindowClosed(false); // the program watches on without its window
+    Application::setQuitOnLastWindowClosed(false); // the program watches on without its window
 
     QQmlEngine engine;
     engine.addImportPath(u"qrc:/qt/qml"_s);
-    // Not quit(), which asks every window that exists: a cover lets nobody close it.
-    QObject::connect(&engine, &QQmlEngine::quit, &application, [] { QCoreApplication::exit(EXIT_SUCCESS); });
+    QObject::connect(&engine, &QQmlEngine::quit, &application, &Application::quit, Qt::QueuedConnection);
     const auto motionPreference = makeMotionPreference();
     BlockingViewFactory blockingViews(engine, *motionPreference);
-    const Platform platform = makePlatform(blockingViews);
+    Platform platform = makePlatform(blockingViews);
     NetworkUrlSession urlSession(additionalAuthorities());
 
     AppModel model({ .defaults = *platform.defaults,
@@ -66,12 +71,15 @@ int main(int argc, char** argv)
                        .overlayPanels = *platform.overlayPanels,
                        .runningApplications = *platform.runningApplications,
                        .activationMonitor = *platform.activationMonitor,
+                       .systemFocus = *platform.systemFocus,
                        .urlSession = urlSession,
+                       .activitySources = platform.activitySources,
                        .service = *service },
         arguments, platform.notices);
 
+    SettingsModels settings(model, engine, *platform.applicationFolders, std::move(platform.applicationDirectory));
     MotionSettings motion(*motionPreference);
-    MainWindow window(engine, model, motion);
+    MainWindow window(engine, model, settings, motion);
     instance.onSecondStart([&window] { window.bringToFront(); });
-    return window.show() ? QGuiApplication::exec() : EXIT_FAILURE;
+    return window.show() ? Application::exec() : EXIT_FAILURE;
 }

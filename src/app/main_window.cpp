@@ -1,6 +1,7 @@
 #include "app/main_window.h"
 
 #include "app/app_model.h"
+#include "app/settings_models.h"
 #include "blocking/motion_settings.h"
 
 #include <QDebug>
@@ -11,9 +12,10 @@ namespace orvanta {
 
 using namespace Qt::StringLiterals;
 
-MainWindow::MainWindow(QQmlEngine& engine, AppModel& model, MotionSettings& motion)
+MainWindow::MainWindow(QQmlEngine& engine, AppModel& model, SettingsModels& settings, MotionSettings& motion)
     : m_component(&engine, QUrl(u"qrc:/qt/qml/Orvanta/App/Main.qml"_s))
     , m_model(model)
+    , m_settings(settings)
     , m_motion(motion)
 {
 }
@@ -23,6 +25,7 @@ MainWindow::~MainWindow() = default;
 bool MainWindow::show()
 {
     QObject* made = m_component.createWithInitialProperties({ { u"model"_s, QVariant::fromValue(static_cast<QObject*>(&m_model)) },
+        { u"settings"_s, QVariant::fromValue(static_cast<QObject*>(&m_settings)) },
         { u"motion"_s, QVariant::fromValue(static_cast<QObject*>(&m_motion)) } });
     m_window.reset(qobject_cast<QQuickWindow*>(made));
     if (!m_window) {

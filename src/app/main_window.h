@@ -11,12 +11,13 @@ namespace orvanta {
 
 class AppModel;
 class MotionSettings;
+class SettingsModels;
 
 /// The application's one window. What it shows, the settings or the blocking screen, follows the model. Owned by main.
 class MainWindow {
 public:
-    /// All three outlive the window.
-    MainWindow(QQmlEngine& engine, AppModel& model, MotionSettings& motion);
+    /// All four outlive the window.
+    MainWindow(QQmlEngine& engine, AppModel& model, SettingsModels& settings, MotionSettings& motion);
     ~MainWindow();
 
     /// Makes the window and shows it; false, with the reasons on standard error, if it cannot be made.
@@ -28,6 +29,7 @@ public:
 private:
     QQmlComponent m_component;
     AppModel& m_model;
+    SettingsModels& m_settings;
     MotionSettings& m_motion;
     std::unique_ptr<QQuickWindow> m_window;
 };

@@ -1,6 +1,9 @@
 #pragma once
 
 #include "platform/activation_monitor.h"
+#include "platform/activity_sources.h"
+#include "platform/application_directory.h"
+#include "platform/application_folders.h"
 #include "platform/cloud_store.h"
 #include "platform/key_value_store.h"
 #include "platform/motion_preference.h"
@@ -8,6 +11,7 @@
 #include "platform/running_applications.h"
 #include "platform/screens.h"
 #include "platform/secret_store.h"
+#include "platform/system_focus.h"
 
 #include <QStringList>
 
@@ -27,6 +31,10 @@ struct Platform {
     std::unique_ptr<OverlayPanels> overlayPanels;
     std::unique_ptr<RunningApplications> runningApplications;
     std::unique_ptr<ActivationMonitor> activationMonitor;
+    std::unique_ptr<SystemFocus> systemFocus;
+    std::unique_ptr<ApplicationFolders> applicationFolders;
+    std::unique_ptr<ApplicationDirectory> applicationDirectory;
+    MakeActivitySources activitySources;
 
     /// What the user should be told about how the system was found: a damaged settings file, say.
     QStringList notices;
@@ -38,6 +46,10 @@ struct Platform {
 
 /// Apart from the rest, since what the panels show needs it. Call after the application object exists.
 [[nodiscard]] std::unique_ptr<MotionPreference> makeMotionPreference();
+
+/// What a sample of the user's activity is taken from, for the threads that take one. Call after the application object
+/// exists, on the main thread; the result may be called on any thread.
+[[nodiscard]] MakeActivitySources activitySourcesFactory();
 
 /// The rest, with panels that show what `contents` makes; `contents` outlives the platform. Chooses how windows are
 /// drawn as well, so call it before the first window, on the main thread.

@@ -43,6 +43,18 @@ Callback<UrlResult> decodingWith(std::expected<T, DecodeError> (*decode)(const Q
     };
 }
 
+/// Completes with a failure to write the request, as late as with an answer.
+template <typename T>
+void failLater(QObject* context, FocusAPIClient::Completion<T> completed, EncodeError error)
+{
+    QMetaObject::invokeMethod(
+        context,
+        [completed = std::make_shared<FocusAPIClient::Completion<T>>(std::move(completed)), failure = ServiceFailure { error }] {
+            (*completed)(std::unexpected(failure));
+        },
+        Qt::QueuedConnection);
+}
+
 } // namespace
 
 FocusAPIClient::FocusAPIClient(UrlSession& session, QUrl baseURL, QString token)
@@ -65,16 +77,21 @@ void FocusAPIClient::fetchPolicy(QObject* context, Completion<FocusPolicyRespons
 void FocusAPIClient::updatePolicy(const FocusPolicyMutation& mutation, QObject* context, Completion<FocusPolicyResponse> completed) const
 {
     auto body = encodeMutation(mutation);
-    if (!body) {
-        QMetaObject::invokeMethod(
-            context,
-            [completed = std::make_shared<Completion<FocusPolicyResponse>>(std::move(completed)), failure = ServiceFailure { body.error() }] {
-                (*completed)(std::unexpected(failure));
-            },
-            Qt::QueuedConnection);
-        return;
-    }
+    if (!body)
+        return failLater(context, std::move(completed), body.error());
     m_session->send(request("POST", u"api/focus-policy"_s, *std::move(body)), context, decodingWith(decodeFocusPolicy, std::move(completed)));
+}
+
+void FocusAPIClient::postSessionEvent(const HarnessLifecycleEvent& event, QObject* context, Completion<void> completed) const
+{
+    auto body = encodeLifecycleEvent(event);
+    if (!body)
+        return failLater(context, std::move(completed), EncodeError {});
+    m_session->send(
+        request("POST", u"api/codex/sessions/events"_s, *std::move(body)), context, [completed = std::move(completed)](UrlResult result) mutable {
+            const auto accepted = acceptedBody(std::move(result));
+            completed(accepted ? std::expected<void, ServiceFailure>() : std::unexpected(accepted.error()));
+        });
 }
 
 HttpRequest FocusAPIClient::request(const QByteArray& method, const QString& path, std::optional<QByteArray> body) const

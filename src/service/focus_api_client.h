@@ -1,5 +1,6 @@
 #pragma once
 
+#include "harness/lifecycle/harness_lifecycle_event.h"
 #include "service/focus_api_records.h"
 #include "service/url_session.h"
 
@@ -32,6 +33,9 @@ public:
 
     /// Asks for a change of the policy; gives the policy after it.
     void updatePolicy(const FocusPolicyMutation& mutation, QObject* context, Completion<FocusPolicyResponse> completed) const;
+
+    /// Forwards one event of an AI agent's session. One attempt: whether to try again is the caller's to decide.
+    void postSessionEvent(const HarnessLifecycleEvent& event, QObject* context, Completion<void> completed) const;
 
 private:
     [[nodiscard]] HttpRequest request(const QByteArray& method, const QString& path, std::optional<QByteArray> body = std::nullopt) const;

@@ -1,8 +1,8 @@
 #include "service/focus_api_error.h"
 
-namespace orvanta {
+#include <QCoreApplication>
 
-using namespace Qt::StringLiterals;
+namespace orvanta {
 
 namespace {
 
@@ -21,33 +21,33 @@ QString FocusAPIError::description() const
 {
     switch (m_case) {
     case Case::server:
-        return u"Orvanta request failed (HTTP %1)"_s.arg(m_statusCode.value_or(0));
+        return QCoreApplication::translate("ServiceFailure", "Orvanta request failed (HTTP %1)").arg(m_statusCode.value_or(0));
     case Case::missingCredential:
-        return u"Orvanta API key is missing"_s;
+        return QCoreApplication::translate("ServiceFailure", "Orvanta API key is missing");
     case Case::invalidResponse:
         break;
     }
-    return u"Orvanta returned an invalid response"_s;
+    return QCoreApplication::translate("ServiceFailure", "Orvanta returned an invalid response");
 }
 
 QString DecodeError::description() const
 {
     switch (reason) {
     case Reason::notJson:
-        return u"Orvanta's answer could not be read: it is not valid JSON"_s;
+        return QCoreApplication::translate("ServiceFailure", "Orvanta's answer could not be read: it is not valid JSON");
     case Reason::missingKey:
-        return u"Orvanta's answer could not be read: \"%1\" is missing"_s.arg(key);
+        return QCoreApplication::translate("ServiceFailure", "Orvanta's answer could not be read: \"%1\" is missing").arg(key);
     case Reason::wrongType:
         break;
     }
     if (key.isEmpty())
-        return u"Orvanta's answer could not be read: it is not a JSON object"_s;
-    return u"Orvanta's answer could not be read: \"%1\" has an unexpected value"_s.arg(key);
+        return QCoreApplication::translate("ServiceFailure", "Orvanta's answer could not be read: it is not a JSON object");
+    return QCoreApplication::translate("ServiceFailure", "Orvanta's answer could not be read: \"%1\" has an unexpected value").arg(key);
 }
 
 QString EncodeError::description() const
 {
-    return u"The request could not be written: it holds a text that is not valid Unicode"_s;
+    return QCoreApplication::translate("ServiceFailure", "The request could not be written: it holds a text that is not valid Unicode");
 }
 
 QString ServiceFailure::description() const

@@ -8,6 +8,9 @@
 #include <QSet>
 #include <QSslConfiguration>
 
+#include <atomic>
+#include <future>
+
 namespace orvanta {
 
 using namespace Qt::StringLiterals;
@@ -17,6 +20,24 @@ namespace {
 /// A connection that has been silent for longer may have died without a word, above all while the machine slept; using
 /// it would cost a request its whole time-out. Polls come every few seconds, so in a waking machine it is never reached.
 constexpr std::chrono::seconds longestSilence { 30 };
+
+const QString cancelledText = u"The request was cancelled"_s;
+
+/// Takes the first of the answers that two threads may give: the session's, and whoever asks to stop.
+class FirstAnswer {
+public:
+    [[nodiscard]] std::future<UrlResult> result() { return m_promise.get_future(); }
+
+    void give(UrlResult result)
+    {
+        if (!m_isGiven.exchange(true))
+            m_promise.set_value(std::move(result));
+    }
+
+private:
+    std::atomic<bool> m_isGiven = false;
+    std::promise<UrlResult> m_promise;
+};
 
 class ProxiesExceptOnLoopback : public QNetworkProxyFactory {
 public:
@@ -72,7 +93,7 @@ public:
     void shutDown()
     {
         for (HttpTransfer* transfer : findChildren<HttpTransfer*>(Qt::FindDirectChildrenOnly))
-            transfer->fail(u"The request was cancelled"_s);
+            transfer->fail(cancelledText);
         m_manager.reset();
         thread()->quit();
     }
@@ -114,8 +135,7 @@ NetworkUrlSession::~NetworkUrlSession()
 
 void NetworkUrlSession::send(HttpRequest request, QObject* context, Callback<UrlResult> completed)
 {
-    auto* transfer = new HttpTransfer(std::move(request));
-    QObject::connect(transfer, &HttpTransfer::completed, m_worker, [worker = m_worker] { worker->noteUse(); });
+    auto* transfer = makeTransfer(std::move(request));
     // A connection to the context is what makes its death safe in another thread: Qt drops the answer under its own lock.
     QObject::connect(
         transfer, &HttpTransfer::completed, context,
@@ -124,6 +144,42 @@ void NetworkUrlSession::send(HttpRequest request, QObject* context, Callback<Url
             once(result);
         },
         Qt::QueuedConnection);
+    start(transfer);
+}
+
+UrlResult NetworkUrlSession::sendAndWait(HttpRequest request, const std::stop_token& stop)
+{
+    auto* transfer = makeTransfer(std::move(request));
+    const auto answer = std::make_shared<FirstAnswer>();
+    std::future<UrlResult> result = answer->result();
+    // Directly, in the session's thread: this one waits and runs no event loop.
+    QObject::connect(transfer, &HttpTransfer::completed, transfer, [answer](const UrlResult& completed) { answer->give(completed); });
+    const QPointer<HttpTransfer> guard(transfer);
+    start(transfer);
+
+    const std::stop_callback cancelled(stop, [this, &answer, &guard] {
+        answer->give(std::unexpected(TransportError { cancelledText }));
+        QMetaObject::invokeMethod(
+            m_worker,
+            [guard] {
+                if (guard)
+                    guard->fail(cancelledText);
+            },
+            Qt::QueuedConnection);
+    });
+    return result.get();
+}
+
+/// Its use is noted before anybody hears of its end.
+HttpTransfer* NetworkUrlSession::makeTransfer(HttpRequest request)
+{
+    auto* transfer = new HttpTransfer(std::move(request));
+    QObject::connect(transfer, &HttpTransfer::completed, m_worker, [worker = m_worker] { worker->noteUse(); });
+    return transfer;
+}
+
+void NetworkUrlSession::start(HttpTransfer* transfer)
+{
     transfer->moveToThread(&m_thread);
     QMetaObject::invokeMethod(m_worker, [worker = m_worker, transfer] { worker->start(transfer); }, Qt::QueuedConnection);
 }

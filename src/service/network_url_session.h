@@ -11,6 +11,8 @@
 
 namespace orvanta {
 
+class HttpTransfer;
+
 /// The URL session of the process, on QNetworkAccessManager in a thread of its own. Made by main, and outlives whatever
 /// sends through it. Connections are kept for the next request; there are no cookies and no cache. Nothing runs while
 /// nothing is asked for. The system's proxies are used, but never for a loopback address.
@@ -32,9 +34,14 @@ public:
     NetworkUrlSession& operator=(const NetworkUrlSession&) = delete;
 
     void send(HttpRequest request, QObject* context, Callback<UrlResult> completed) override;
+    [[nodiscard]] UrlResult sendAndWait(HttpRequest request, const std::stop_token& stop) override;
 
 private:
     class Worker;
+
+    /// Has `transfer`, which is connected to whoever wants to hear of it, started in the session's thread.
+    [[nodiscard]] HttpTransfer* makeTransfer(HttpRequest request);
+    void start(HttpTransfer* transfer);
 
     QThread m_thread;
     Worker* m_worker; ///< lives in m_thread and is deleted there

@@ -10,6 +10,7 @@
 #include <chrono>
 #include <expected>
 #include <optional>
+#include <stop_token>
 #include <utility>
 #include <vector>
 
@@ -54,6 +55,10 @@ public:
     /// Sends `request` and calls `completed` once, from the event loop of `context`'s thread. If `context` is gone by
     /// then, the answer is dropped.
     virtual void send(HttpRequest request, QObject* context, Callback<UrlResult> completed) = 0;
+
+    /// Sends `request` and blocks the calling thread, which needs no event loop, until the answer is there. When `stop` is
+    /// requested it returns at once with a TransportError, and the request is given up. Not for the main thread.
+    [[nodiscard]] virtual UrlResult sendAndWait(HttpRequest request, const std::stop_token& stop) = 0;
 };
 
 } // namespace orvanta

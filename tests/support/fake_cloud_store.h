@@ -4,7 +4,7 @@
 #include "platform/portable/observers.h"
 #include "support/fake_key_value_store.h"
 
-namespace orvanta {
+namespace orvanta::testing {
 
 /// A cloud store in memory. What other machines write is on its way until the test delivers it or the program
 /// synchronises.
@@ -57,4 +57,4 @@ private:
     Observers<> m_observers;
 };
 
-} // namespace orvanta
+} // namespace orvanta::testing

@@ -7,7 +7,7 @@
 #include <optional>
 #include <vector>
 
-namespace orvanta {
+namespace orvanta::testing {
 
 /// One call that a fake store received.
 struct StoreCall {
@@ -55,4 +55,4 @@ public:
     std::vector<StoreCall> calls;              ///< in order
 };
 
-} // namespace orvanta
+} // namespace orvanta::testing

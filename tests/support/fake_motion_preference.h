@@ -3,7 +3,7 @@
 #include "platform/motion_preference.h"
 #include "platform/portable/observers.h"
 
-namespace orvanta {
+namespace orvanta::testing {
 
 /// A desktop's motion setting that the test turns.
 class FakeMotionPreference : public MotionPreference {
@@ -27,4 +27,4 @@ private:
     Observers<bool> m_observers;
 };
 
-} // namespace orvanta
+} // namespace orvanta::testing

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-namespace orvanta {
+namespace orvanta::testing {
 
 /// A secret store in memory: what it holds, whether it answers, and what was asked of it.
 class FakeSecretStore : public SecretStore {
@@ -30,4 +30,4 @@ public:
     std::vector<Item> reads; ///< every look-up, in order
 };
 
-} // namespace orvanta
+} // namespace orvanta::testing

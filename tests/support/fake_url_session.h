@@ -5,10 +5,11 @@
 #include <QPointer>
 
 #include <deque>
+#include <future>
 #include <memory>
 #include <mutex>
 
-namespace orvanta::test {
+namespace orvanta::testing {
 
 /// A URL session without a network: it records the requests and holds their completions until the test releases them,
 /// the oldest first. Requests may come from any thread, as with the real one.
@@ -18,7 +19,25 @@ public:
     {
         const std::scoped_lock lock(m_mutex);
         m_requests.push_back(std::move(request));
-        m_held.push_back({ context, std::make_shared<Callback<UrlResult>>(std::move(completed)) });
+        m_held.push_back({ .context = context, .completed = std::make_shared<Callback<UrlResult>>(std::move(completed)) });
+    }
+
+    [[nodiscard]] UrlResult sendAndWait(HttpRequest request, const std::stop_token& stop) override
+    {
+        const auto answer = std::make_shared<std::promise<UrlResult>>();
+        std::future<UrlResult> result = answer->get_future();
+        {
+            const std::scoped_lock lock(m_mutex);
+            m_requests.push_back(std::move(request));
+            m_held.push_back({ .waiting = answer });
+        }
+        const std::stop_callback cancelled(stop, [this, &answer] {
+            const std::scoped_lock lock(m_mutex);
+            const auto given = std::erase_if(m_held, [&answer](const Held& held) { return held.waiting == answer; });
+            if (given != 0)
+                answer->set_value(std::unexpected(TransportError { QStringLiteral("given up") }));
+        });
+        return result.get();
     }
 
     /// Every request so far, answered or not.
@@ -47,7 +66,9 @@ public:
             oldest = std::move(m_held.front());
             m_held.pop_front();
         }
-        if (oldest.context) {
+        if (oldest.waiting) {
+            oldest.waiting->set_value(std::move(result));
+        } else if (oldest.context) {
             QMetaObject::invokeMethod(
                 oldest.context, [completed = std::move(oldest.completed), result = std::move(result)] { (*completed)(result); },
                 Qt::QueuedConnection);
@@ -60,8 +81,9 @@ public:
 
 private:
     struct Held {
-        QPointer<QObject> context;
-        std::shared_ptr<Callback<UrlResult>> completed;
+        QPointer<QObject> context = {};
+        std::shared_ptr<Callback<UrlResult>> completed = {};
+        std::shared_ptr<std::promise<UrlResult>> waiting = {}; ///< of a thread that blocks, instead of the other two
     };
 
     mutable std::mutex m_mutex;
@@ -69,4 +91,4 @@ private:
     std::deque<Held> m_held;
 };
 
-} // namespace orvanta::test
+} // namespace orvanta::testing

@@ -9,7 +9,7 @@
 
 #include <cstdio>
 
-namespace orvanta::support {
+namespace orvanta::testing {
 
 /// What other programs do to a file of ours. Each is false if it did not work.
 
@@ -39,4 +39,4 @@ namespace orvanta::support {
     return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
 }
 
-} // namespace orvanta::support
+} // namespace orvanta::testing

@@ -5,7 +5,7 @@
 #include <QHostAddress>
 #include <QSslSocket>
 
-namespace orvanta::test {
+namespace orvanta::testing {
 
 using namespace Qt::StringLiterals;
 
@@ -129,4 +129,4 @@ void HttpsTestServer::receive(QTcpSocket* socket)
     socket->setProperty(unread, bytes);
 }
 
-} // namespace orvanta::test
+} // namespace orvanta::testing

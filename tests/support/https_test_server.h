@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-namespace orvanta::test {
+namespace orvanta::testing {
 
 /// One request as it came over the wire.
 struct ReceivedRequest {
@@ -75,4 +75,4 @@ private:
     int m_handshakes = 0;
 };
 
-} // namespace orvanta::test
+} // namespace orvanta::testing

@@ -9,7 +9,7 @@
 
 #include <QtGlobal>
 
-namespace orvanta::test {
+namespace orvanta::testing {
 
 namespace {
 
@@ -130,4 +130,4 @@ ServerIdentity TestAuthority::selfSigned()
     return serverIdentity("DNS:localhost,IP:127.0.0.1", Validity::current, nullptr, nullptr);
 }
 
-} // namespace orvanta::test
+} // namespace orvanta::testing

@@ -6,7 +6,7 @@
 
 #include <memory>
 
-namespace orvanta::test {
+namespace orvanta::testing {
 
 /// What a server proves itself with.
 struct ServerIdentity {
@@ -41,4 +41,4 @@ private:
     std::unique_ptr<Pair> m_pair;
 };
 
-} // namespace orvanta::test
+} // namespace orvanta::testing

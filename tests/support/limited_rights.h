@@ -8,7 +8,7 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
-namespace orvanta::support {
+namespace orvanta::testing {
 
 /// As long as it lives, this process has the file rights of an ordinary user, also where the tests run as root.
 class OrdinaryUser {
@@ -55,4 +55,4 @@ private:
     void (*m_signal)(int);
 };
 
-} // namespace orvanta::support
+} // namespace orvanta::testing

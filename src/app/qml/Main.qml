@@ -11,6 +11,7 @@ Window {
     id: window
 
     required property AppModel model
+    required property SettingsModels settings
     required property MotionSettings motion
 
     readonly property bool showsBlockingScreen: model.focusActive || model.isBlockedPreview
@@ -21,6 +22,14 @@ Window {
     minimumWidth: 560
     minimumHeight: 620
 
+    LayoutMirroring.enabled: Qt.application.layoutDirection === Qt.RightToLeft // qmllint disable
+    LayoutMirroring.childrenInherit: true
+
+    onActiveChanged: {
+        if (active)
+            settings.refreshLocations()
+    }
+
     onClosing: {
         if (model.isBlockedPreview)
             Qt.quit()
@@ -30,7 +39,7 @@ Window {
         id: content
         anchors.fill: parent
         focus: true
-        sourceComponent: window.showsBlockingScreen ? blockingScreen : settings
+        sourceComponent: window.showsBlockingScreen ? blockingScreen : settingsScreen
     }
 
     // Bound components cannot be made by a Loader of a window that C++ creates with initial properties (Qt 6.4).
@@ -46,15 +55,23 @@ Window {
     }
 
     Component {
-        id: settings
+        id: settingsScreen
 
         FocusSettingsView {
             focusActive: window.model.focusActive
             focusStatusLabel: window.model.focusStatusLabel
             permissionSummary: window.model.permissionSummary
             notices: window.model.notices
-            blockedDomains: window.model.blockedDomains
-            blockedApplications: window.model.blockedApplicationNames
+            blockedDomains: window.settings.blockedDomains
+            blockedApplications: window.settings.blockedApplications
+            installedApplications: window.settings.installedApplications
+            reduceMotion: window.motion.reduceMotion
+            websiteProtectionTitle: window.model.websiteProtectionTitle
+            websiteBlockingActive: window.model.websiteBlockingActive
+            onDomainAdded: text => window.model.addDomain(text)
+            onDomainRemoved: domain => window.model.removeDomain(domain)
+            onApplicationAdded: (bundleIdentifier, displayName) => window.model.addApplication(bundleIdentifier, displayName)
+            onApplicationRemoved: bundleIdentifier => window.model.removeApplication(bundleIdentifier)
         }
     }
     // qmllint enable unqualified

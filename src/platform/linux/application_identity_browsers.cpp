@@ -65,6 +65,18 @@ std::optional<QString> browserOfDesktopEntry(const QString& desktopId)
     return found(table, desktopId);
 }
 
+QStringList desktopEntriesOfBrowser(const QString& identifier)
+{
+    QStringList entries;
+    for (const Browser& browser : browsers()) {
+        if (browser.identifier != identifier)
+            continue;
+        for (const QString& desktopId : browser.desktopIds)
+            entries << desktopId + ".desktop"_L1;
+    }
+    return entries;
+}
+
 std::optional<QString> browserOfWindowClass(const QString& windowClass)
 {
     static const QHash<QString, QString> table = indexed(&Browser::windowClasses, QString());

@@ -1,5 +1,6 @@
 #include "platform/linux/desktop_entry_index.h"
 
+#include "platform/linux/desktop_entry_walk.h"
 #include "platform/portable/desktop_entry.h"
 
 #include <QByteArray>
@@ -7,8 +8,6 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
-#include <dirent.h>
-#include <memory>
 #include <sys/stat.h>
 #include <unordered_set>
 
@@ -16,17 +15,12 @@ namespace orvanta {
 
 namespace {
 
-/// Folders in folders make ids such as "kde4-kate.desktop"; nobody nests deeper than two or three, and links may make rings.
-constexpr int deepest = 6;
-
 /// A bound against folders made to exhaust us.
 constexpr std::size_t mostFiles = 50'000;
 
 /// The coarsest time stamps that file systems in use give: a folder changed this shortly before it was read may have
 /// changed again under the same stamp.
 constexpr std::int64_t coarsestStampSeconds = 2;
-
-constexpr std::string_view suffix = ".desktop";
 
 void append(std::vector<std::string>& folders, std::string folder)
 {
@@ -110,8 +104,18 @@ void DesktopEntryIndex::read()
     const std::int64_t begin = secondsNow();
     Scan scan;
     scan.hasChanges = !m_isRead;
+    const DesktopEntryVisitor visitor {
+        .folder = [&scan](const std::string& path) { scan.folders.push_back({ .path = path, .stamp = stampOf(path) }); },
+        .entry =
+            [this, &scan](const std::string& path, const std::string& id) {
+                if (scan.files.size() >= mostFiles)
+                    return false;
+                readFile(path, id, scan);
+                return true;
+            },
+    };
     for (const std::string& root : m_roots)
-        readFolder(root, {}, 0, scan);
+        walkDesktopEntries(root, visitor);
     scan.hasChanges = scan.hasChanges || scan.files.size() != m_files.size();
 
     if (scan.hasChanges) {
@@ -129,36 +133,6 @@ void DesktopEntryIndex::read()
     m_isRead = true;
     m_mayHaveMissedChanges = std::ranges::any_of(
         m_folders, [begin](const Folder& folder) { return std::abs(begin - folder.stamp.changedSeconds) <= coarsestStampSeconds; });
-}
-
-void DesktopEntryIndex::readFolder(const std::string& path, const std::string& prefix, int depth, Scan& scan)
-{
-    scan.folders.push_back({ .path = path, .stamp = stampOf(path) });
-    const std::unique_ptr<DIR, int (*)(DIR*)> folder(::opendir(path.c_str()), ::closedir);
-    if (!folder)
-        return;
-
-    // Sorted, so that which of two equal entries goes before does not hang on the file system.
-    std::vector<std::pair<std::string, bool>> children;
-    while (const dirent* child = ::readdir(folder.get())) {
-        std::string name = static_cast<const char*>(child->d_name);
-        if (name.starts_with('.'))
-            continue;
-        const bool isEntry = name.ends_with(suffix) && child->d_type != DT_DIR;
-        if (isEntry || child->d_type == DT_DIR || child->d_type == DT_LNK || child->d_type == DT_UNKNOWN)
-            children.emplace_back(std::move(name), isEntry);
-    }
-    std::ranges::sort(children);
-    for (const auto& [name, isEntry] : children) {
-        if (scan.files.size() >= mostFiles)
-            return;
-        const std::string childPath = std::string(path).append("/").append(name);
-        const std::string id = prefix + name;
-        if (isEntry)
-            readFile(childPath, id, scan);
-        else if (depth < deepest)
-            readFolder(childPath, id + "-", depth + 1, scan);
-    }
 }
 
 void DesktopEntryIndex::readFile(const std::string& path, const std::string& id, Scan& scan)

@@ -56,7 +56,6 @@ private:
     [[nodiscard]] static Stamp stampOf(const std::string& path);
     [[nodiscard]] bool isUpToDate() const;
     void read();
-    void readFolder(const std::string& path, const std::string& prefix, int depth, Scan& scan);
     void readFile(const std::string& path, const std::string& id, Scan& scan);
 
     std::vector<std::string> m_roots;

@@ -1,17 +1,14 @@
 #include "platform/linux/desktop_motion_sources.h"
 
+#include "platform/linux/desktop_settings.h"
+#include "platform/linux/glib_events.h"
 #include "platform/portable/durable_file.h"
 #include "platform/portable/file_watch.h"
 #include "platform/portable/kde_motion_setting.h"
 
-#include <QAbstractEventDispatcher>
 #include <QStandardPaths>
-#include <QTimer>
 
-#include <chrono>
 #include <utility>
-
-#include <gio/gio.h>
 
 namespace orvanta {
 
@@ -23,37 +20,24 @@ constexpr auto animationsKey = "enable-animations";
 
 class GnomeMotionSource : public MotionSource {
 public:
-    GnomeMotionSource(GSettingsSchema* schema, Callback<> changed)
-        : m_settings(g_settings_new_full(schema, nullptr, nullptr))
-        , m_changed(std::move(changed))
+    GnomeMotionSource(DesktopSettings settings, Callback<> changed) : m_settings(std::move(settings)), m_changed(std::move(changed))
     {
         const auto tell = [](GSettings*, const char*, gpointer self) { static_cast<GnomeMotionSource*>(self)->m_changed(); };
-        g_signal_connect(m_settings, "changed::enable-animations", G_CALLBACK(static_cast<void (*)(GSettings*, const char*, gpointer)>(tell)), this);
+        g_signal_connect(
+            m_settings.get(), "changed::enable-animations", G_CALLBACK(static_cast<void (*)(GSettings*, const char*, gpointer)>(tell)), this);
         // Settings that nobody has read yet are not watched by every backend.
         std::ignore = reduceMotion();
-
-        const QAbstractEventDispatcher* events = QAbstractEventDispatcher::instance();
-        if (events && events->inherits("QEventDispatcherGlib"))
-            return;
-        QObject::connect(&m_pump, &QTimer::timeout, &m_pump, [] {
-            while (g_main_context_iteration(nullptr, FALSE)) { }
-        });
-        m_pump.start(std::chrono::seconds(1));
     }
     GnomeMotionSource(const GnomeMotionSource&) = delete;
     GnomeMotionSource& operator=(const GnomeMotionSource&) = delete;
-    ~GnomeMotionSource() override
-    {
-        g_signal_handlers_disconnect_by_data(m_settings, this);
-        g_object_unref(m_settings);
-    }
+    ~GnomeMotionSource() override { g_signal_handlers_disconnect_by_data(m_settings.get(), this); }
 
-    [[nodiscard]] bool reduceMotion() const override { return !g_settings_get_boolean(m_settings, animationsKey); }
+    [[nodiscard]] bool reduceMotion() const override { return !g_settings_get_boolean(m_settings.get(), animationsKey); }
 
 private:
-    GSettings* m_settings;
+    DesktopSettings m_settings;
     Callback<> m_changed;
-    QTimer m_pump;
+    GlibEvents m_events;
 };
 
 class KdeMotionSource : public MotionSource {
@@ -85,20 +69,8 @@ private:
 
 std::unique_ptr<MotionSource> makeGnomeMotionSource(Callback<> changed)
 {
-    // Opening a schema or reading a key that is not installed would end the process.
-    GSettingsSchemaSource* installed = g_settings_schema_source_get_default();
-    GSettingsSchema* schema = installed ? g_settings_schema_source_lookup(installed, "org.gnome.desktop.interface", TRUE) : nullptr;
-    if (!schema)
-        return nullptr;
-    std::unique_ptr<MotionSource> source;
-    if (g_settings_schema_has_key(schema, animationsKey)) {
-        GSettingsSchemaKey* key = g_settings_schema_get_key(schema, animationsKey);
-        if (g_variant_type_equal(g_settings_schema_key_get_value_type(key), G_VARIANT_TYPE_BOOLEAN))
-            source = std::make_unique<GnomeMotionSource>(schema, std::move(changed));
-        g_settings_schema_key_unref(key);
-    }
-    g_settings_schema_unref(schema);
-    return source;
+    auto settings = openDesktopSettings("org.gnome.desktop.interface", animationsKey, G_VARIANT_TYPE_BOOLEAN);
+    return settings ? std::make_unique<GnomeMotionSource>(std::move(settings), std::move(changed)) : nullptr;
 }
 
 std::unique_ptr<MotionSource> makeKdeMotionSource(Callback<> changed)

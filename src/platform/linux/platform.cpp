@@ -1,7 +1,15 @@
 #include "platform/platform.h"
 
+#include "platform/linux/browser_named_applications.h"
+#include "platform/linux/desktop_application_directory.h"
+#include "platform/linux/desktop_application_folders.h"
+#include "platform/linux/desktop_colour_scheme.h"
+#include "platform/linux/desktop_idle_source.h"
 #include "platform/linux/desktop_motion_preference.h"
+#include "platform/linux/desktop_script_runner.h"
+#include "platform/linux/desktop_system_focus.h"
 #include "platform/linux/graphics_hardware.h"
+#include "platform/linux/proc_process_lister.h"
 #include "platform/linux/qt_screens.h"
 #include "platform/linux/secret_service.h"
 #include "platform/linux/settings_file.h"
@@ -16,6 +24,16 @@
 #include <QQuickWindow>
 
 namespace orvanta {
+
+namespace {
+
+/// What nobody asks for by name.
+struct Shared {
+    PanelWindows panelWindows;
+    DesktopColourScheme colourScheme;
+};
+
+} // namespace
 
 Result<void> preparePlatform()
 {
@@ -36,12 +54,25 @@ std::unique_ptr<MotionPreference> makeMotionPreference()
     return std::make_unique<DesktopMotionPreference>();
 }
 
+MakeActivitySources activitySourcesFactory()
+{
+    return [own = OwnApplication::current()] {
+        auto applications
+            = std::make_unique<BrowserNamedApplications>(std::make_unique<X11RunningApplications>(X11RunningApplications::Use::periodic, own));
+        auto scripts = std::make_unique<DesktopScriptRunner>(*applications);
+        return ActivitySources { .applications = std::move(applications),
+            .scripts = std::move(scripts),
+            .idle = std::make_unique<DesktopIdleSource>(),
+            .processes = std::make_unique<ProcProcessLister>() };
+    };
+}
+
 Platform makePlatform(OverlayContentFactory& contents)
 {
     if (!qEnvironmentVariableIsSet("QT_QUICK_BACKEND") && !hasGraphicsHardware())
         QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
 
-    auto panelWindows = std::make_shared<PanelWindows>();
+    auto shared = std::make_shared<Shared>();
     auto settings = std::make_unique<SettingsFile>();
     auto synced = std::make_unique<SyncedFolderStore>();
 
@@ -54,10 +85,14 @@ Platform makePlatform(OverlayContentFactory& contents)
     platform.secrets = std::make_unique<SecretService>();
     platform.screens = std::make_unique<QtScreens>();
     auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-    platform.overlayPanels = std::make_unique<X11OverlayPanels>(contents, x11->connection(), *panelWindows);
+    platform.overlayPanels = std::make_unique<X11OverlayPanels>(contents, x11->connection(), shared->panelWindows);
     platform.runningApplications = std::make_unique<X11RunningApplications>();
-    platform.activationMonitor = std::make_unique<X11ActivationMonitor>(*panelWindows);
-    platform.shared = std::move(panelWindows);
+    platform.activationMonitor = std::make_unique<X11ActivationMonitor>(shared->panelWindows);
+    platform.systemFocus = std::make_unique<DesktopSystemFocus>();
+    platform.applicationFolders = std::make_unique<DesktopApplicationFolders>();
+    platform.applicationDirectory = std::make_unique<DesktopApplicationDirectory>();
+    platform.activitySources = activitySourcesFactory();
+    platform.shared = std::move(shared);
     return platform;
 }
 

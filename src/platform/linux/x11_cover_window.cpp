@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <utility>
 
 namespace orvanta {
 
@@ -34,6 +35,7 @@ X11CoverWindow::X11CoverWindow(OverlayContentFactory& contents, const X11CoverPr
 {
     setFlags(Qt::Window | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
     setTitle(QGuiApplication::applicationDisplayName());
+    setColor(Qt::black); // until the screen is painted
     m_watch.setSingleShot(true);
     connect(&m_watch, &QTimer::timeout, this, &X11CoverWindow::check);
     connect(qGuiApp, &QGuiApplication::screenAdded, this, &X11CoverWindow::followDisplays, Qt::QueuedConnection);
@@ -133,6 +135,14 @@ bool X11CoverWindow::event(QEvent* event)
 void X11CoverWindow::resizeEvent(QResizeEvent* event)
 {
     QQuickWindow::resizeEvent(event);
+    fit();
+}
+
+/// size() is what was last asked for or last heard of, whichever came later. When a display changes its size twice in a
+/// row, the window may end at the size that it was last told of: then no event says that a screen which came in between
+/// is too small.
+void X11CoverWindow::fit()
+{
     for (OverlayContent* content : { m_content.get(), m_nextContent.get() })
         if (content)
             content->item().setSize(size());
@@ -172,6 +182,7 @@ void X11CoverWindow::watch()
 {
     m_checks = 0;
     m_isSettled = false;
+    m_isKeyboardElsewhere = false;
     m_defects = 0;
     m_watch.start(pauses.front());
 }
@@ -179,6 +190,7 @@ void X11CoverWindow::watch()
 void X11CoverWindow::check()
 {
     prepare(); // the next screen, should this one be presented again
+    fit();
     const auto found = defect();
     m_defects = found ? m_defects + 1 : 0;
     ++m_checks;
@@ -223,10 +235,14 @@ std::optional<CoverDefect> X11CoverWindow::defect()
     const QRect native(m_frame.topLeft(), m_frame.size() * ratio);
     const CoverFacts facts = m_protocol.inspect(id());
     const auto found = coverDefect(facts, native, m_panelWindows);
+    const bool wasKeyboardElsewhere = std::exchange(m_isKeyboardElsewhere, found == CoverDefect::noKeyboard);
     if (!found) {
         m_isSettled = true;
         return std::nullopt;
     }
+    // A window gets the keyboard a moment before it is named the active one: at first sight this may be an activation.
+    if (found == CoverDefect::noKeyboard && !wasKeyboardElsewhere)
+        return std::nullopt;
     // Whoever watches activations decides whether a window that was activated since takes this one away or needs it
     // anew. Going to the front before that would undo what the user did.
     const bool isActivatedSince = facts.active != XCB_NONE && !m_panelWindows.contains(facts.active);

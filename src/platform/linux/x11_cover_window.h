@@ -51,6 +51,7 @@ private:
 
     [[nodiscard]] std::unique_ptr<OverlayContent> makeContent();
     void dropContent();
+    void fit();
     void moveToFront();
     void leaveWindowManager();
     void watch();
@@ -71,6 +72,7 @@ private:
 
     xcb_window_t m_activeBefore = XCB_NONE; ///< the active window when this one was presented: what it covers
     bool m_isSettled = false;               ///< a check since the presentation found no defect
+    bool m_isKeyboardElsewhere = false;     ///< as the check before found
     QTimer m_watch;
     std::size_t m_checks = 0; ///< made since the presentation
     int m_defects = 0;        ///< found in a row

@@ -1,11 +1,9 @@
 #include "platform/portable/desktop_entry.h"
 
+#include "platform/portable/bounded_file.h"
+
 #include <algorithm>
 #include <cstdlib>
-#include <fcntl.h>
-#include <memory>
-#include <sys/stat.h>
-#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -165,22 +163,6 @@ bool isVariableOfMessages(const char* value)
     return value && *value;
 }
 
-class Descriptor {
-public:
-    explicit Descriptor(int descriptor) : m_descriptor(descriptor) { }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor()
-    {
-        if (m_descriptor >= 0)
-            ::close(m_descriptor);
-    }
-    [[nodiscard]] int get() const { return m_descriptor; }
-
-private:
-    int m_descriptor;
-};
-
 } // namespace
 
 std::vector<std::string> desktopEntryLanguages(std::string_view locale)
@@ -249,25 +231,11 @@ std::expected<DesktopEntry, DesktopEntryError> parseDesktopEntry(std::string_vie
 
 std::expected<DesktopEntry, DesktopEntryError> readDesktopEntry(const std::string& path, std::span<const std::string> languages)
 {
-    const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-    struct stat status {};
-    if (file.get() < 0 || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))
-        return std::unexpected(DesktopEntryError::unreadable);
-    if (static_cast<std::size_t>(status.st_size) > desktopEntryLimit)
-        return std::unexpected(DesktopEntryError::tooLarge);
-
-    const auto capacity = static_cast<std::size_t>(status.st_size);
-    const auto bytes = std::make_unique_for_overwrite<char[]>(capacity);
-    std::size_t size = 0;
-    while (size < capacity) {
-        const ssize_t got = ::read(file.get(), bytes.get() + size, capacity - size);
-        if (got < 0)
-            return std::unexpected(DesktopEntryError::unreadable);
-        if (got == 0)
-            break;
-        size += static_cast<std::size_t>(got);
-    }
-    return parseDesktopEntry(std::string_view(bytes.get(), size), languages);
+    std::vector<char> buffer;
+    const auto bytes = readBoundedFile(path.c_str(), desktopEntryLimit, buffer);
+    if (!bytes)
+        return std::unexpected(bytes.error() == BoundedFileError::tooLarge ? DesktopEntryError::tooLarge : DesktopEntryError::unreadable);
+    return parseDesktopEntry(*bytes, languages);
 }
 
 QStringList desktopEntryCommand(QStringView exec)

@@ -1,5 +1,8 @@
 #include "platform/portable/durable_file.h"
 
+#include "platform/portable/descriptor.h"
+
+#include <QCoreApplication>
 #include <QCryptographicHash>
 #include <QDateTime>
 #include <QDir>
@@ -23,22 +26,6 @@ namespace orvanta {
 using namespace Qt::StringLiterals;
 
 namespace {
-
-class Descriptor {
-public:
-    explicit Descriptor(int number) : m_number(number) { }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor() { std::ignore = close(); }
-
-    [[nodiscard]] int number() const { return m_number; }
-    [[nodiscard]] bool isOpen() const { return m_number >= 0; }
-    /// Some file systems tell only here that a write has failed.
-    [[nodiscard]] bool close() { return m_number < 0 || ::close(std::exchange(m_number, -1)) == 0; }
-
-private:
-    int m_number;
-};
 
 QString systemError(int error = errno)
 {
@@ -118,15 +105,15 @@ Result<std::optional<QByteArray>> readWholeFile(const QString& path, qsizetype l
     if (!file.isOpen()) {
         if (errno == ENOENT || errno == ENOTDIR)
             return std::nullopt;
-        return failure(u"cannot be read (%1)"_s.arg(systemError()));
+        return failure(QCoreApplication::translate("StoredFile", "cannot be read (%1)").arg(systemError()));
     }
     struct stat facts {};
     if (::fstat(file.number(), &facts) != 0)
-        return failure(u"cannot be read (%1)"_s.arg(systemError()));
+        return failure(QCoreApplication::translate("StoredFile", "cannot be read (%1)").arg(systemError()));
     if (S_ISDIR(facts.st_mode))
-        return failure(u"is a folder"_s);
+        return failure(QCoreApplication::translate("StoredFile", "is a folder"));
     if (!S_ISREG(facts.st_mode))
-        return failure(u"is not a regular file"_s);
+        return failure(QCoreApplication::translate("StoredFile", "is not a regular file"));
 
     // The size is what it was a moment ago; one byte more than that tells whether the file has grown since.
     QByteArray content(std::min<qsizetype>(facts.st_size, limit) + 1, Qt::Uninitialized);
@@ -138,13 +125,13 @@ Result<std::optional<QByteArray>> readWholeFile(const QString& path, qsizetype l
         if (count < 0 && errno == EINTR)
             continue;
         if (count < 0)
-            return failure(u"cannot be read (%1)"_s.arg(systemError()));
+            return failure(QCoreApplication::translate("StoredFile", "cannot be read (%1)").arg(systemError()));
         if (count == 0)
             break;
         size += count;
     }
     if (size > limit)
-        return failure(u"is larger than %1 MiB"_s.arg(limit / (1024LL * 1024)));
+        return failure(QCoreApplication::translate("StoredFile", "is larger than %1 MiB").arg(limit / (1024LL * 1024)));
     content.truncate(size);
     return content;
 }

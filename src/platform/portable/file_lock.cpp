@@ -1,5 +1,6 @@
 #include "platform/portable/file_lock.h"
 
+#include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QFile>
 
@@ -36,7 +37,8 @@ Result<FileLock> FileLock::acquire(const QString& path, std::chrono::millisecond
         if (errno != EWOULDBLOCK)
             break;
         if (deadline.hasExpired())
-            return std::unexpected(PlatformError { u"another copy of the program is holding %1"_s.arg(path) });
+            return std::unexpected(
+                PlatformError { QCoreApplication::translate("StoredFile", "another copy of the program is holding %1").arg(path) });
         std::this_thread::sleep_for(pause);
     }
     return lock;

@@ -1,5 +1,6 @@
 #include "platform/portable/json_object_file.h"
 
+#include <QCoreApplication>
 #include <QFileInfo>
 
 #include <algorithm>
@@ -112,7 +113,8 @@ Result<void> JsonObjectFile::change(const Edit& edit)
 Result<void> JsonObjectFile::write(const StoredObject& object)
 {
     if (object.text().size() > storedObjectLimit)
-        return std::unexpected(notSaved(u"it would be larger than %1 MiB"_s.arg(storedObjectLimit / (1024LL * 1024))));
+        return std::unexpected(
+            notSaved(QCoreApplication::translate("StoredFile", "it would be larger than %1 MiB").arg(storedObjectLimit / (1024LL * 1024))));
     if (const auto replaced = replaceFile(m_path, object.text(), m_permissions); !replaced) {
         // Where only the very last step failed, the new content stands there without being safe yet. It is our own.
         const bool hadNews = m_hasNews;
@@ -130,7 +132,8 @@ void JsonObjectFile::moveAsideIfNotUnderstood()
         return;
     const auto locked = lock();
     if (!locked) {
-        report(u"%1 %2, and it could not be moved aside: %3"_s.arg(m_path, m_trouble, locked.error().description));
+        report(QCoreApplication::translate("StoredFile", "%1 %2, and it could not be moved aside: %3")
+                .arg(m_path, m_trouble, locked.error().description));
         return;
     }
     // Another copy may have put it right while we waited.
@@ -142,11 +145,12 @@ Result<void> JsonObjectFile::moveAsideLocked()
 {
     const auto aside = moveAside(m_path);
     if (!aside) {
-        const QString problem = u"%1 %2, and it could not be moved aside: %3"_s.arg(m_path, m_trouble, aside.error().description);
+        const QString problem = QCoreApplication::translate("StoredFile", "%1 %2, and it could not be moved aside: %3")
+                                    .arg(m_path, m_trouble, aside.error().description);
         report(problem);
         return std::unexpected(PlatformError { problem });
     }
-    report(u"%1 %2; it was moved aside to %3"_s.arg(m_path, m_trouble, *aside));
+    report(QCoreApplication::translate("StoredFile", "%1 %2; it was moved aside to %3").arg(m_path, m_trouble, *aside));
     m_state = State::absent;
     return {};
 }
@@ -162,7 +166,7 @@ void JsonObjectFile::report(const QString& problem)
 
 PlatformError JsonObjectFile::notSaved(const QString& reason) const
 {
-    return { u"%1 could not be saved: %2"_s.arg(m_path, reason) };
+    return { QCoreApplication::translate("StoredFile", "%1 could not be saved: %2").arg(m_path, reason) };
 }
 
 } // namespace orvanta

@@ -1,5 +1,6 @@
 #include "platform/portable/stored_object.h"
 
+#include <QCoreApplication>
 #include <QHash>
 #include <QStringDecoder>
 
@@ -305,19 +306,19 @@ std::expected<StoredObject, StoredObjectError> parseStoredObject(const QByteArra
 {
     const auto error = [](const QString& description) { return std::unexpected(StoredObjectError { description }); };
     if (bytes.size() > storedObjectLimit)
-        return error(u"is larger than %1 MiB"_s.arg(storedObjectLimit / (1024LL * 1024)));
+        return error(QCoreApplication::translate("StoredFile", "is larger than %1 MiB").arg(storedObjectLimit / (1024LL * 1024)));
     if (bytes.isEmpty())
-        return error(u"is empty"_s);
+        return error(QCoreApplication::translate("StoredFile", "is empty"));
     Grammar grammar;
     if (!json::sax_parse(bytes.begin(), bytes.end(), &grammar)) {
         if (std::cmp_greater(grammar.errorPlace, bytes.size()))
-            return error(u"is JSON that breaks off after %1 bytes"_s.arg(bytes.size()));
-        return error(u"is not JSON (at byte %1 of %2)"_s.arg(grammar.errorPlace).arg(bytes.size()));
+            return error(QCoreApplication::translate("StoredFile", "is JSON that breaks off after %1 bytes").arg(bytes.size()));
+        return error(QCoreApplication::translate("StoredFile", "is not JSON (at byte %1 of %2)").arg(grammar.errorPlace).arg(bytes.size()));
     }
     StoredObject object;
     object.m_text = bytes;
     if (!object.index())
-        return error(u"is not one JSON object"_s);
+        return error(QCoreApplication::translate("StoredFile", "is not one JSON object"));
     return object;
 }
 

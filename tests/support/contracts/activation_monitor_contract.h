@@ -10,7 +10,7 @@
 #include <optional>
 #include <vector>
 
-namespace orvanta {
+namespace orvanta::testing {
 
 /// What every ActivationMonitor does, on a desktop with two applications and one that has no identifier.
 class ActivationMonitorContract : public QObject {
@@ -140,4 +140,4 @@ private Q_SLOTS:
     }
 };
 
-} // namespace orvanta
+} // namespace orvanta::testing

@@ -6,7 +6,7 @@
 #include <QCoreApplication>
 #include <QThread>
 
-namespace orvanta {
+namespace orvanta::testing {
 
 /// What every CloudStore does beyond a KeyValueStore.
 class CloudStoreContract : public KeyValueStoreContract {
@@ -117,4 +117,4 @@ private Q_SLOTS:
     }
 };
 
-} // namespace orvanta
+} // namespace orvanta::testing

@@ -7,7 +7,7 @@
 
 #include <memory>
 
-namespace orvanta {
+namespace orvanta::testing {
 
 /// What every KeyValueStore does. A test class of an implementation derives from it and says how to make one.
 class KeyValueStoreContract : public QObject {
@@ -114,4 +114,4 @@ private Q_SLOTS:
     }
 };
 
-} // namespace orvanta
+} // namespace orvanta::testing

@@ -10,7 +10,7 @@
 #include <memory>
 #include <vector>
 
-namespace orvanta {
+namespace orvanta::testing {
 
 /// What every MotionPreference does on a system that has such a setting.
 class MotionPreferenceContract : public QObject {
@@ -83,4 +83,4 @@ private Q_SLOTS:
     }
 };
 
-} // namespace orvanta
+} // namespace orvanta::testing

@@ -7,7 +7,7 @@
 
 #include <memory>
 
-namespace orvanta {
+namespace orvanta::testing {
 
 /// What every OverlayPanels does, on a desktop with one display.
 class OverlayPanelsContract : public QObject {
@@ -149,4 +149,4 @@ private Q_SLOTS:
     }
 };
 
-} // namespace orvanta
+} // namespace orvanta::testing

@@ -10,7 +10,7 @@
 #include <optional>
 #include <vector>
 
-namespace orvanta {
+namespace orvanta::testing {
 
 /// What every RunningApplications does, on a desktop where two applications and one without identifier run, the first of
 /// them with two windows.
@@ -147,4 +147,4 @@ private Q_SLOTS:
     }
 };
 
-} // namespace orvanta
+} // namespace orvanta::testing

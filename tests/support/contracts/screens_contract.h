@@ -10,7 +10,7 @@
 #include <set>
 #include <vector>
 
-namespace orvanta {
+namespace orvanta::testing {
 
 /// What every Screens does, on a machine with two displays beside each other, of which the right one can be taken away.
 class ScreensContract : public QObject {
@@ -103,4 +103,4 @@ private Q_SLOTS:
     }
 };
 
-} // namespace orvanta
+} // namespace orvanta::testing

@@ -7,7 +7,7 @@
 
 #include <memory>
 
-namespace orvanta {
+namespace orvanta::testing {
 
 /// What every SecretStore does while it is open.
 class SecretStoreContract : public QObject {
@@ -59,4 +59,4 @@ private Q_SLOTS:
     }
 };
 
-} // namespace orvanta
+} // namespace orvanta::testing

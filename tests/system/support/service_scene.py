@@ -1,6 +1,6 @@
 """What the scenes with a service of their own share."""
 from . import accessible
-from .scene import Scene
+from .scene import XTERM, Scene
 from .scripted_service import ScriptedService
 
 CONNECTED = "Orvanta connected"
@@ -9,7 +9,8 @@ BLOCKED_NAME = "The terminal"
 # What the settings show beside the errors of the status line, while focus is inactive.
 OTHER_TEXTS = {
     "", BLOCKED_NAME, "Orvanta Focus", "Focus inactive", "Permissions", "Blocked websites", "No websites blocked", "Blocked applications",
-    "No applications blocked", "orvanta-focus", CONNECTED, "Setup required", KEY_REQUIRED,
+    "No applications blocked", "orvanta-focus", CONNECTED, "Setup required", KEY_REQUIRED, "Remove", "Add to blocked websites",
+    "Add to blocked applications", XTERM[0],
 }
 
 

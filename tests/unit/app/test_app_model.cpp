@@ -2,20 +2,24 @@
 
 #include "app/policy/blocked_applications.h"
 #include "support/fake_activation_monitor.h"
+#include "support/fake_activity_sources.h"
 #include "support/fake_cloud_store.h"
 #include "support/fake_key_value_store.h"
 #include "support/fake_overlay_panels.h"
 #include "support/fake_running_applications.h"
 #include "support/fake_screens.h"
 #include "support/fake_secret_store.h"
+#include "support/fake_system_focus.h"
 #include "support/fake_url_session.h"
 #include "support/logged_stores.h"
 
 #include <QSignalSpy>
 #include <QTest>
 
+#include <atomic>
+
 using namespace orvanta;
-using namespace orvanta::test;
+using namespace orvanta::testing;
 using namespace orvanta::testing;
 using namespace std::chrono_literals;
 using namespace Qt::StringLiterals;
@@ -64,9 +68,16 @@ struct House {
                                                .overlayPanels = panels,
                                                .runningApplications = running,
                                                .activationMonitor = loggedActivations,
+                                               .systemFocus = systemFocus,
                                                .urlSession = session,
+                                               .activitySources =
+                                                   [this] {
+                                                       ++trackers;
+                                                       return activity.sources();
+                                                   },
                                                .service = *ServiceConfiguration::make(u"https://service.example"_s, std::nullopt),
-                                               .pollPause = 1ms },
+                                               .pollPause = 1ms,
+                                               .systemFocusPause = 1ms },
             QStringList { u"orvanta-focus"_s } + arguments, notices);
     }
 
@@ -94,7 +105,10 @@ struct House {
     FakeRunningApplications running { quiet };
     FakeActivationMonitor activations;
     LoggedActivationMonitor loggedActivations { activations, log };
+    FakeSystemFocus systemFocus { log };
     FakeUrlSession session;
+    ActivityScene activity;        ///< of the tracker's thread alone, once the model is there
+    std::atomic<int> trackers = 0; ///< runs of the tracker so far
     QStringList notices;
     std::unique_ptr<AppModel> model;
 };
@@ -116,21 +130,34 @@ private Q_SLOTS:
         const QString applications = QString::fromUtf8(json({ editor }));
         QCOMPARE(house.log.take(),
             QStringList({
-                u"defaults.value blockedDomains"_s,
-                u"cloud.synchronise"_s,
-                u"cloud.value blockedDomains"_s,
-                u"defaults.value blockedApplications"_s,
-                u"cloud.value blockedApplications"_s,
-                u"activations.observe"_s,
-                u"defaults.setValue blockedDomains [a.example]"_s,
-                u"defaults.setValue blockedApplications "_s + applications,
-                u"cloud.setValue blockedApplications "_s + applications,
-                u"cloud.setValue blockedDomains [a.example]"_s,
-                u"cloud.synchronise"_s,
-                u"cloud.observeExternalChanges"_s,
-                readKey,
+                u"defaults.value blockedDomains"_s, u"cloud.synchronise"_s, u"cloud.value blockedDomains"_s, u"defaults.value blockedApplications"_s,
+                u"cloud.value blockedApplications"_s, u"activations.observe"_s, u"defaults.setValue blockedDomains [a.example]"_s,
+                u"defaults.setValue blockedApplications "_s + applications, u"cloud.setValue blockedApplications "_s + applications,
+                u"cloud.setValue blockedDomains [a.example]"_s, u"cloud.synchronise"_s, u"cloud.observeExternalChanges"_s,
+                u"systemFocus.requestNotificationPermission"_s,
+                readKey, // the tracker's
+                readKey, // the polling's
             }));
         QCOMPARE(house.session.requests().size(), 1U);
+    }
+
+    void withAKeyActivityIsTrackedUntilTheModelEnds()
+    {
+        House house;
+        house.storeKey();
+        house.start();
+        QTRY_COMPARE(house.trackers.load(), 1);
+        house.model.reset();
+        QVERIFY(!house.activity.log.calls.isEmpty());
+    }
+
+    void withoutAKeyNothingIsTracked()
+    {
+        House house;
+        house.start();
+        house.model.reset(); // a tracker would have been joined by now
+        QCOMPARE(house.trackers.load(), 0);
+        QCOMPARE(house.activity.log.calls, QStringList());
     }
 
     void aFirstStartWritesEmptyListsLocallyAndLeavesTheCloudAlone()
@@ -484,7 +511,7 @@ private Q_SLOTS:
         house.storeKey();
         QCoreApplication::processEvents();
         QVERIFY(house.session.requests().empty());
-        QCOMPARE(house.log.calls.count(readKey), 1);
+        QCOMPARE(house.log.calls.count(readKey), 2);
     }
 
     // The two sources of focus
@@ -520,6 +547,36 @@ private Q_SLOTS:
         house.start();
         house.model->systemFocusChanged(true);
         QVERIFY(house.model->focusActive());
+    }
+
+    void theMonitorOfTheSystemsFocusSwitchesFocusOnAndOff()
+    {
+        House house;
+        house.defaults.values[applicationsKey] = json({ editor });
+        house.start();
+        QSignalSpy focus(house.model.get(), &AppModel::focusActiveChanged);
+        house.systemFocus.answerNotificationPermission(false);
+        QCOMPARE(focus.size(), 1); // the first report, that it is off
+        QVERIFY(!house.model->focusActive());
+        house.systemFocus.isFocusedNow = true;
+        QTRY_VERIFY(house.model->focusActive());
+        QCOMPARE(house.model->focusStatusLabel(), u"Focus active · macOS Focus"_s);
+        house.activations.activate(editor.bundleIdentifier);
+        QTRY_COMPARE(house.panels.shownCount(), 1);
+        house.systemFocus.isFocusedNow = false;
+        QTRY_VERIFY(!house.model->focusActive());
+        QCOMPARE(house.model->focusStatusLabel(), u"Focus inactive"_s);
+        house.activations.activate(u"other.desktop"_s);
+        QTRY_COMPARE(house.panels.shownCount(), 0);
+    }
+
+    void theFirstReportOfTheSystemsFocusLeavesATaskActive()
+    {
+        House house;
+        house.start({ u"--focus-active"_s });
+        house.systemFocus.answerNotificationPermission(true);
+        QVERIFY(house.model->focusActive());
+        QCOMPARE(house.model->focusStatusLabel(), u"Focus active · Orvanta task"_s);
     }
 
     void nothingIsCalledOnceTheModelIsGone()

@@ -15,7 +15,7 @@
 #include <unistd.h>
 
 using namespace orvanta;
-using namespace orvanta::support;
+using namespace orvanta::testing;
 using namespace Qt::StringLiterals;
 
 namespace {

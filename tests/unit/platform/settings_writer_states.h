@@ -6,7 +6,7 @@
 #include <QString>
 #include <QStringList>
 
-namespace orvanta::support {
+namespace orvanta::testing {
 
 /// The two lists that the writer program saves by turns, as pure functions of how often each was saved. Their lengths
 /// go up and down, so that a file that was only partly rewritten would show.
@@ -24,4 +24,4 @@ namespace orvanta::support {
     return QByteArray::number(round) + QByteArray(round * 53 % 3000, static_cast<char>('a' + round % 26));
 }
 
-} // namespace orvanta::support
+} // namespace orvanta::testing

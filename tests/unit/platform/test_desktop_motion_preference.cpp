@@ -9,7 +9,7 @@
 #include <QTest>
 
 using namespace orvanta;
-using namespace orvanta::support;
+using namespace orvanta::testing;
 using namespace Qt::StringLiterals;
 
 namespace {

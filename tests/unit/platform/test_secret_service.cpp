@@ -6,6 +6,7 @@
 #include <QTest>
 
 using namespace orvanta;
+using namespace orvanta::testing;
 using namespace Qt::StringLiterals;
 
 /// With an open keyring, into which the desktop's own command line program puts the secrets.

@@ -12,7 +12,7 @@
 #include <thread>
 
 using namespace orvanta;
-using namespace orvanta::support;
+using namespace orvanta::testing;
 using namespace Qt::StringLiterals;
 
 namespace {

@@ -2,14 +2,17 @@
 #include "support/contracts/key_value_store_contract.h"
 #include "support/contracts/motion_preference_contract.h"
 #include "support/contracts/secret_store_contract.h"
+#include "support/contracts/system_focus_contract.h"
 #include "support/fake_cloud_store.h"
 #include "support/fake_key_value_store.h"
 #include "support/fake_motion_preference.h"
 #include "support/fake_secret_store.h"
+#include "support/fake_system_focus.h"
 
 #include <QTest>
 
 using namespace orvanta;
+using namespace orvanta::testing;
 
 class TestFakeKeyValueStore : public KeyValueStoreContract {
     Q_OBJECT
@@ -69,6 +72,43 @@ class TestFakeMotionPreference : public MotionPreferenceContract {
     }
 };
 
+class TestFakeSystemFocus : public SystemFocusContract {
+    Q_OBJECT
+
+    std::unique_ptr<SystemFocus> makeFocus() override { return std::make_unique<FakeSystemFocus>(m_log); }
+    void turn(SystemFocus& focus, bool isOn) override { static_cast<FakeSystemFocus&>(focus).isFocusedNow = isOn; }
+    void grant(SystemFocus& focus) override
+    {
+        auto& fake = static_cast<FakeSystemFocus&>(focus);
+        if (fake.pendingNotificationRequests() > 0)
+            fake.answerNotificationPermission(true);
+        if (fake.pendingAuthorisationRequests() > 0)
+            fake.answerAuthorisation(FocusAuthorisation::authorised);
+    }
+
+private Q_SLOTS:
+    void everyRequestIsLoggedAndWaitsForTheTest()
+    {
+        FakeSystemFocus focus(m_log);
+        m_log.calls.clear();
+        focus.authorisationNow = FocusAuthorisation::notDetermined;
+        QStringList answers;
+        focus.requestNotificationPermission(
+            [&](const Result<bool>& answer) { answers << (answer ? QStringLiteral("answer") : answer.error().description); });
+        focus.requestAuthorisation([&](FocusAuthorisation) { answers << QStringLiteral("authorisation"); });
+        QCOMPARE(m_log.take(),
+            QStringList({ QStringLiteral("systemFocus.requestNotificationPermission"), QStringLiteral("systemFocus.requestAuthorisation") }));
+        QVERIFY(answers.isEmpty());
+        focus.answerAuthorisation(FocusAuthorisation::denied);
+        focus.answerNotificationPermission(std::unexpected(PlatformError { QStringLiteral("no centre") }));
+        QCOMPARE(answers, QStringList({ QStringLiteral("authorisation"), QStringLiteral("no centre") }));
+        QCOMPARE(focus.authorisation(), FocusAuthorisation::denied);
+    }
+
+private:
+    CallLog m_log;
+};
+
 int main(int argc, char** argv)
 {
     QCoreApplication application(argc, argv);
@@ -76,9 +116,10 @@ int main(int argc, char** argv)
     TestFakeCloudStore cloudStore;
     TestFakeSecretStore secretStore;
     TestFakeMotionPreference motionPreference;
+    TestFakeSystemFocus systemFocus;
     int failures = 0;
     for (QObject* test : { static_cast<QObject*>(&keyValueStore), static_cast<QObject*>(&cloudStore), static_cast<QObject*>(&secretStore),
-             static_cast<QObject*>(&motionPreference) })
+             static_cast<QObject*>(&motionPreference), static_cast<QObject*>(&systemFocus) })
         failures += QTest::qExec(test, argc, argv);
     return failures == 0 ? 0 : 1;
 }

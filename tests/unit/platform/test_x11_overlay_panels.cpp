@@ -37,10 +37,8 @@ protected:
 
     [[nodiscard]] bool hasButton() override
     {
-        for (QQuickItem* item : shownCover()->contentItem()->childItems())
-            if (auto* content = dynamic_cast<KeyItem*>(item); content && content->isVisible())
-                return content->acknowledge.has_value();
-        return false;
+        const KeyItem* item = shownItem();
+        return item && item->acknowledge.has_value();
     }
 
     void pressButton() override
@@ -69,6 +67,13 @@ private:
         for (QQuickWindow* cover : covers())
             if (cover->isVisible())
                 return cover;
+        return nullptr;
+    }
+    [[nodiscard]] KeyItem* shownItem()
+    {
+        for (QQuickItem* item : shownCover()->contentItem()->childItems())
+            if (auto* content = dynamic_cast<KeyItem*>(item); content && content->isVisible())
+                return content;
         return nullptr;
     }
     [[nodiscard]] xcb_window_t shownWindow() { return shownCover() ? static_cast<xcb_window_t>(shownCover()->winId()) : XCB_NONE; }
@@ -124,6 +129,19 @@ private Q_SLOTS:
         panel->orderFront();
         QTRY_VERIFY_WITH_TIMEOUT(!defect(), patience);
         m_client.destroy(late);
+    }
+
+    void aScreenThatComesWhileTheFrameChangesFillsTheDisplayInTheEnd()
+    {
+        const auto panels = makePanels();
+        const auto panel = present(*panels);
+        QTRY_VERIFY_WITH_TIMEOUT(!defect(), patience);
+        panel->setFrame(display().adjusted(0, 0, 0, -display().height() / 3));
+        panel->setContent([] { });
+        panel->setFrame(display());
+        panel->orderFront();
+        QTRY_VERIFY_WITH_TIMEOUT(!defect(), patience);
+        QTRY_COMPARE_WITH_TIMEOUT(shownItem()->size(), QSizeF(display().size()), patience);
     }
 
     void takesTheKeyboardBackFromWhoeverTookIt()

@@ -5,7 +5,7 @@
 #include <QTest>
 
 using namespace orvanta;
-using namespace orvanta::test;
+using namespace orvanta::testing;
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -101,6 +101,71 @@ private Q_SLOTS:
         QVERIFY(outcome.results.empty());
         QTRY_COMPARE(outcome.results.size(), std::size_t { 1 });
         QVERIFY(!outcome.results[0].has_value());
+        QCOMPARE(outcome.results[0].error(), ServiceFailure { EncodeError {} });
+        QCOMPARE(m_session.requests().size(), before);
+    }
+
+    void aSessionEventIsPostedWithTheKey()
+    {
+        Outcome<void> outcome;
+        const HarnessLifecycleEvent smallest { .eventId = u"codex:Stop:s:1"_s, .eventType = u"Stop"_s, .sessionId = u"s"_s, .occurredAt = u"t"_s };
+        client().postSessionEvent(smallest, this, outcome.keep());
+        const HttpRequest request = m_session.requests().back();
+        QCOMPARE(request.url, QUrl(u"https://service.example/api/codex/sessions/events"_s));
+        QCOMPARE(request.method, QByteArray("POST"));
+        QCOMPARE(request.headers, (Headers { { "Authorization", "Bearer key" }, { "Content-Type", "application/json" } }));
+        QCOMPARE(request.body, encodeLifecycleEvent(smallest));
+        QCOMPARE(request.timeout, std::chrono::seconds { 60 });
+
+        QVERIFY(m_session.answer(201));
+        QTRY_COMPARE(outcome.results.size(), std::size_t { 1 });
+        QVERIFY(outcome.results[0].has_value());
+    }
+
+    void theAnswerToASessionEventIsJudgedByItsStatusAlone_data()
+    {
+        QTest::addColumn<int>("status");
+        QTest::addColumn<bool>("isSuccess");
+        for (const int status : { 200, 201, 204, 299 })
+            QTest::addRow("%d", status) << status << true;
+        for (const int status : { 199, 300, 400, 401, 500 })
+            QTest::addRow("%d", status) << status << false;
+    }
+
+    void theAnswerToASessionEventIsJudgedByItsStatusAlone()
+    {
+        QFETCH(const int, status);
+        QFETCH(const bool, isSuccess);
+        Outcome<void> outcome;
+        client().postSessionEvent({}, this, outcome.keep());
+        QVERIFY(m_session.answer(status, "not JSON"));
+        QTRY_COMPARE(outcome.results.size(), std::size_t { 1 });
+        QCOMPARE(outcome.results[0].has_value(), isSuccess);
+        if (!isSuccess)
+            QCOMPARE(outcome.results[0].error(), ServiceFailure { FocusAPIError::server(status) });
+    }
+
+    void aSessionEventThatIsNotAnsweredFailsWithTheReason()
+    {
+        Outcome<void> outcome;
+        client().postSessionEvent({}, this, outcome.keep());
+        QVERIFY(m_session.fail(u"Connection refused"_s));
+        client().postSessionEvent({}, this, outcome.keep());
+        QVERIFY(m_session.release(UrlResponse {}));
+        QTRY_COMPARE(outcome.results.size(), std::size_t { 2 });
+        QCOMPARE(outcome.results[0].error().description(), u"Connection refused"_s);
+        QCOMPARE(outcome.results[1].error().description(), u"Orvanta returned an invalid response"_s);
+    }
+
+    void aSessionEventThatCannotBeWrittenIsNotSent()
+    {
+        Outcome<void> outcome;
+        const std::size_t before = m_session.requests().size();
+        HarnessLifecycleEvent event;
+        event.prompt = QString(QChar(0xd800));
+        client().postSessionEvent(event, this, outcome.keep());
+        QVERIFY(outcome.results.empty());
+        QTRY_COMPARE(outcome.results.size(), std::size_t { 1 });
         QCOMPARE(outcome.results[0].error(), ServiceFailure { EncodeError {} });
         QCOMPARE(m_session.requests().size(), before);
     }

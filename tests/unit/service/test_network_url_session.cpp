@@ -13,7 +13,7 @@
 #include <atomic>
 
 using namespace orvanta;
-using namespace orvanta::test;
+using namespace orvanta::testing;
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 

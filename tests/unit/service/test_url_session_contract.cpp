@@ -6,9 +6,10 @@
 #include <QTest>
 
 #include <atomic>
+#include <future>
 
 using namespace orvanta;
-using namespace orvanta::test;
+using namespace orvanta::testing;
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -93,6 +94,14 @@ private:
     {
         m_subject->session().send({ .url = m_subject->url() }, context, std::move(completed));
     }
+
+    std::future<UrlResult> waitInAThread(std::stop_token stop)
+    {
+        return std::async(
+            std::launch::async, [this, stop = std::move(stop)] { return m_subject->session().sendAndWait({ .url = m_subject->url() }, stop); });
+    }
+
+    static bool isReady(const std::future<UrlResult>& result) { return result.wait_for(std::chrono::seconds { 0 }) == std::future_status::ready; }
 
 private Q_SLOTS:
     void initTestCase_data()
@@ -203,6 +212,59 @@ private Q_SLOTS:
         m_subject->answerAll();
         WAIT_FOR(isLastAnswered);
         QVERIFY(!isCalled);
+    }
+
+    void aThreadWithoutAnEventLoopCanWaitForItsAnswer()
+    {
+        std::future<UrlResult> result = waitInAThread({});
+        WAIT_FOR(m_subject->arrived() == 1);
+        m_subject->answerAll();
+        WAIT_FOR(isReady(result));
+        QCOMPARE(result.get(), expected);
+    }
+
+    void whoeverWaitsIsReleasedWhenAskedToStop()
+    {
+        std::stop_source stop;
+        std::future<UrlResult> result = waitInAThread(stop.get_token());
+        WAIT_FOR(m_subject->arrived() == 1);
+        stop.request_stop();
+        WAIT_FOR(isReady(result));
+        QVERIFY(!result.get().has_value());
+    }
+
+    void whoeverIsAskedToStopBeforehandDoesNotWait()
+    {
+        std::stop_source stop;
+        stop.request_stop();
+        std::future<UrlResult> result = waitInAThread(stop.get_token());
+        WAIT_FOR(isReady(result));
+        QVERIFY(!result.get().has_value());
+    }
+
+    void afterARequestThatWasGivenUpTheNextIsAnswered()
+    {
+        std::stop_source stop;
+        std::future<UrlResult> first = waitInAThread(stop.get_token());
+        WAIT_FOR(m_subject->arrived() == 1);
+        stop.request_stop();
+        WAIT_FOR(isReady(first));
+        std::future<UrlResult> second = waitInAThread({});
+        WAIT_FOR(m_subject->arrived() == 2);
+        m_subject->answerAll();
+        WAIT_FOR(isReady(second));
+        QCOMPARE(second.get(), expected);
+    }
+
+    void askingToStopAfterTheAnswerChangesNothing()
+    {
+        std::stop_source stop;
+        std::future<UrlResult> result = waitInAThread(stop.get_token());
+        WAIT_FOR(m_subject->arrived() == 1);
+        m_subject->answerAll();
+        WAIT_FOR(isReady(result));
+        stop.request_stop();
+        QCOMPARE(result.get(), expected);
     }
 };
 

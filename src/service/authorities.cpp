@@ -1,4 +1,4 @@
-#include "app/authorities.h"
+#include "service/authorities.h"
 
 #include <QDebug>
 
