@@ -150,7 +150,11 @@ class Network:
             self.daemon = None
 
     def call(self, method, arguments=None):
-        return self.bus.call_sync(NAME, PATH, INTERFACE, method, arguments, None, 0, 60000, None).unpack()
+        try:
+            return self.bus.call_sync(NAME, PATH, INTERFACE, method, arguments, None, 0, 60000, None).unpack()
+        except GLib.Error:
+            assert self.daemon is None or self.daemon.poll() is None, f"the daemon ended with {self.daemon.returncode}"
+            raise
 
     def activate(self):
         return self.call("Activate", GLib.Variant("(s)", (NAME,)))[0]
