@@ -1,5 +1,7 @@
 #include "filter/linux/preferences.h"
 
+#include "filter/linux/mark_bits.h"
+
 #include <fcntl.h>
 #include <nlohmann/json.hpp>
 #include <sys/stat.h>
@@ -93,7 +95,8 @@ std::string encodeState(const StoredState& state)
         record["providerIdentifier"] = *preferences.providerIdentifier;
     if (preferences.hasBlockedDomains)
         record["blockedDomains"] = preferences.blockedDomains;
-    const Json whole { { "activated", state.activated }, { "preferences", record }, { "dnsProxyProvider", state.dnsProxyProvider } };
+    const Json whole { { "activated", state.activated }, { "preferences", record }, { "dnsProxyProvider", state.dnsProxyProvider },
+        { "generation", state.generation } };
     return whole.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
@@ -101,12 +104,15 @@ std::expected<StoredState, std::string> decodeState(const std::string& text)
 {
     const Json whole = Json::parse(text, nullptr, false);
     StoredState state;
-    if (!whole.is_object() || !hasOnly(whole, { "activated", "preferences", "dnsProxyProvider" }) || !whole.contains("activated")
+    if (!whole.is_object() || !hasOnly(whole, { "activated", "preferences", "dnsProxyProvider", "generation" }) || !whole.contains("activated")
         || !whole["activated"].is_boolean() || !whole.contains("preferences") || !readPreferences(whole["preferences"], state.preferences))
         return std::unexpected("the stored state is damaged");
     if (whole.contains("dnsProxyProvider") && !isText(whole["dnsProxyProvider"]))
         return std::unexpected("the stored state is damaged");
+    if (whole.contains("generation") && (!whole["generation"].is_number_unsigned() || whole["generation"].get<std::uint64_t>() > lastGeneration))
+        return std::unexpected("the stored state is damaged");
     state.activated = whole["activated"].get<bool>();
+    state.generation = whole.value("generation", std::uint8_t { 0 });
     state.dnsProxyProvider = whole.value("dnsProxyProvider", std::string());
     return state;
 }

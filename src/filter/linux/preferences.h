@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <expected>
 #include <map>
 #include <optional>
@@ -31,6 +32,7 @@ struct StoredState {
     bool activated = false;
     Preferences preferences {};
     std::string dnsProxyProvider {}; ///< of a configuration that an earlier version saved
+    std::uint8_t generation = 0;     ///< of the list of domains: what it allowed stays allowed when the daemon starts anew
 
     bool operator==(const StoredState&) const = default;
 };
