@@ -237,8 +237,9 @@ int FilterService::savePreferences(sd_bus_message* call, void* self, sd_bus_erro
 
 int FilterService::saveNow(FilterService& self, sd_bus_message* call)
 {
-    StoredState next = self.m_state;
-    next.preferences = {};
+    StoredState next {
+        .activated = self.m_state.activated, .dnsProxyProvider = self.m_state.dnsProxyProvider, .generation = self.m_state.generation
+    };
     if (readPreferences(call, next.preferences) < 0)
         return answerError(call, malformed, "The preferences cannot be read");
     if (const auto stored = self.store(std::move(next)); !stored)

@@ -38,7 +38,7 @@ struct StoredState {
 };
 
 /// More than a list of domains may hold, and one entry of it.
-inline constexpr std::size_t mostDomains = 4'000'000;
+inline constexpr std::size_t mostDomains = 1'500'000;
 inline constexpr std::size_t longestText = 4096;
 
 /// As it stands in the file, and back. What is not of that form, or holds an unknown key, is an error.

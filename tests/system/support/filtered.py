@@ -128,8 +128,10 @@ class Network:
         os.chmod(self.folder.name, 0o755)
         self._start("dbus-daemon", f"--config-file={configuration}", "--nofork", "--nopidfile")
         until(path.exists, "the bus")
-        self.address = f"unix:path={path}"
-        os.environ["DBUS_SYSTEM_BUS_ADDRESS"] = self.address
+        self._connect(f"unix:path={path}")
+
+    def _connect(self, address):
+        self.address = os.environ["DBUS_SYSTEM_BUS_ADDRESS"] = address
         flags = Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION
         self.bus = Gio.DBusConnection.new_for_address_sync(self.address, flags, None, None)
 
@@ -141,6 +143,9 @@ class Network:
 
     def _is_on_the_bus(self):
         assert self.daemon.poll() is None, "the daemon ended"
+        return self._has_owner()
+
+    def _has_owner(self):
         return self.bus.call_sync("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "NameHasOwner",
                                   GLib.Variant("(s)", (NAME,)), None, 0, -1, None).unpack()[0]
 
