@@ -1,27 +1,12 @@
 #include "filter/linux/content_filter.h"
 
-#include <random>
-
 namespace orvanta::filter {
-
-namespace {
-
-/// Connections that an earlier run of the daemon allowed must not pass for ones that this run did.
-std::uint8_t someGeneration()
-{
-    return static_cast<std::uint8_t>(1 + std::random_device()() % lastGeneration);
-}
-
-} // namespace
 
 ContentFilter::ContentFilter(std::uint16_t queue, MarkBits bits, int refusals)
     : m_number(queue)
     , m_rules(bits)
     , m_bits(bits)
-    , m_refusals(refusals)
-    , m_generation(someGeneration())
-{
-}
+    , m_refusals(refusals) { }
 
 ContentFilter::~ContentFilter()
 {
@@ -29,26 +14,25 @@ ContentFilter::~ContentFilter()
         (void)switchOff();
 }
 
-std::expected<void, std::string> ContentFilter::switchOn(const std::vector<std::string>& domains)
+std::expected<void, std::string> ContentFilter::switchOn(const std::vector<std::string>& domains, std::uint8_t generation)
 {
-    const bool isOther = domains != m_domains;
-    if (m_queue && !isOther)
+    if (m_queue && generation == m_generation)
         return {};
     auto blocked = std::make_shared<DomainTable>(DomainTable::build(domains));
-    if (isOther) {
-        m_domains = domains;
-        m_generation = m_generation == lastGeneration ? 1 : static_cast<std::uint8_t>(m_generation + 1);
-    }
     if (m_queue) {
         m_queue->setBlocked(std::move(blocked));
-        return m_rules.setGeneration(m_generation);
+        if (const auto set = m_rules.setGeneration(generation); !set)
+            return set;
+    } else {
+        auto queue = PacketQueue::open(m_number, m_bits, std::move(blocked), m_refusals);
+        if (!queue)
+            return std::unexpected(queue.error());
+        if (const auto loaded = m_rules.load(m_number, generation); !loaded)
+            return loaded;
+        m_queue = *std::move(queue);
     }
-    auto queue = PacketQueue::open(m_number, m_bits, std::move(blocked), m_refusals);
-    if (!queue)
-        return std::unexpected(queue.error());
-    if (const auto loaded = m_rules.load(m_number, m_generation); !loaded)
-        return loaded;
-    m_queue = *std::move(queue);
+    m_generation = generation;
+    m_loaded = FilterRules::identity();
     return {};
 }
 
@@ -57,6 +41,26 @@ std::expected<void, std::string> ContentFilter::switchOff()
     const auto removed = FilterRules::remove();
     m_queue.reset();
     return removed;
+}
+
+std::expected<bool, std::string> ContentFilter::repair()
+{
+    if (!m_queue || FilterRules::identity() == m_loaded)
+        return false;
+    if (const auto loaded = m_rules.load(m_number, m_generation); !loaded)
+        return std::unexpected(loaded.error());
+    m_queue->startCounting();
+    m_loaded = FilterRules::identity();
+    return true;
+}
+
+std::uint64_t ContentFilter::missed() const
+{
+    if (!m_queue)
+        return 0;
+    const std::uint64_t asked = FilterRules::asked(); // before what was seen, which grows
+    const std::uint64_t seen = m_queue->seenSinceCounting();
+    return asked > seen ? asked - seen : 0;
 }
 
 } // namespace orvanta::filter
