@@ -25,6 +25,7 @@ class Package(unittest.TestCase):
         self.addCleanup(folder.cleanup)
         self.root = Path(folder.name)
         (self.root / "var/lib/dpkg").mkdir(parents=True)
+        (self.root / "etc").mkdir()
         (self.root / "var/lib/dpkg/status").touch()
 
     def dpkg(self, *arguments):
