@@ -6,7 +6,10 @@ ContentFilter::ContentFilter(std::uint16_t queue, MarkBits bits, int refusals)
     : m_number(queue)
     , m_rules(bits)
     , m_bits(bits)
-    , m_refusals(refusals) { }
+    , m_refusals(refusals)
+    , m_inspector(std::make_shared<DomainTable>())
+{
+}
 
 ContentFilter::~ContentFilter()
 {
@@ -24,12 +27,16 @@ std::expected<void, std::string> ContentFilter::switchOn(const std::vector<std::
         if (const auto set = m_rules.setGeneration(generation); !set)
             return set;
     } else {
-        auto queue = PacketQueue::open(m_number, m_bits, std::move(blocked), m_refusals);
+        auto queue = PacketQueue::open(m_number, m_bits, m_refusals);
         if (!queue)
             return std::unexpected(queue.error());
         if (const auto loaded = m_rules.load(m_number, generation); !loaded)
             return loaded;
+        // From here on no connection begins unseen.
+        const OpenConnections now = OpenConnections::read();
+        m_inspector.keepOnly([&](const FlowKey& key) { return now.isTheSame(key, m_connections); });
         m_queue = *std::move(queue);
+        m_queue->start(std::move(m_inspector), std::move(blocked));
     }
     m_generation = generation;
     m_loaded = FilterRules::identity();
@@ -38,7 +45,12 @@ std::expected<void, std::string> ContentFilter::switchOn(const std::vector<std::
 
 std::expected<void, std::string> ContentFilter::switchOff()
 {
+    // Until the rules are gone no connection begins unseen.
+    if (m_queue)
+        m_connections = OpenConnections::read();
     const auto removed = FilterRules::remove();
+    if (m_queue)
+        m_inspector = m_queue->stop();
     m_queue.reset();
     return removed;
 }

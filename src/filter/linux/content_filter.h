@@ -1,6 +1,7 @@
 #pragma once
 
 #include "filter/linux/filter_rules.h"
+#include "filter/linux/open_connections.h"
 #include "filter/linux/packet_queue.h"
 
 #include <expected>
@@ -40,6 +41,8 @@ private:
     int m_refusals;
     std::uint8_t m_generation = 0;
     std::vector<std::uint64_t> m_loaded;  ///< what identifies our rules
+    FlowInspector m_inspector;            ///< what was known when it was switched off; the queue has it while it is on
+    OpenConnections m_connections;        ///< that were open then
     std::unique_ptr<PacketQueue> m_queue; ///< present while it is on
 };
 

@@ -46,6 +46,7 @@ std::string FilterRules::text(std::uint8_t generation) const
 {
     const std::string mask = std::to_string(m_bits.mask());
     const std::string rest = std::to_string(~m_bits.mask());
+    const std::string unreadable = std::to_string(m_bits.unreadable());
     std::ostringstream rules;
     rules << "table inet orvanta_focus {\n"
              " counter asked {\n }\n"
@@ -61,7 +62,7 @@ std::string FilterRules::text(std::uint8_t generation) const
              " chain inspect_tcp {\n"
              "  tcp flags & (syn | ack) == syn ct mark set ct mark & "
           << rest
-          << " accept\n"
+          << "\n"
              "  tcp flags & rst == rst accept\n"
              "  jump known\n"
              "  jump refused_before\n";
@@ -77,9 +78,12 @@ std::string FilterRules::text(std::uint8_t generation) const
              "  @th,64,8 & 0xf0 == 0xd0 @th,72,32 0x6b3343cf goto decide\n"
              "  jump known\n"
              "  jump refused_before\n"
-             "  ct mark & "
-          << mask
-          << " != 0 jump decide\n }\n"
+          // Another long header belongs to a connection that is being set up, and will not be older than we are.
+          << "  @th,64,8 & 0xc0 == 0xc0 ct mark & " << mask << " == 0 ct mark set ct mark | " << unreadable << "\n"
+          << "  ct mark & " << mask << " == " << unreadable
+          << " accept\n"
+          // A short header that nobody has allowed belongs to a connection from before.
+          << "  @th,64,8 & 0xc0 == 0x40 jump decide\n }\n"
              " chain inspect {\n"
              "  tcp dport { 80, 443 } goto inspect_tcp\n"
              "  udp dport 443 goto inspect_quic\n }\n"

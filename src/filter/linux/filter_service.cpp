@@ -42,6 +42,11 @@ std::uint8_t someGeneration()
     return static_cast<std::uint8_t>(1 + std::random_device()() % lastGeneration);
 }
 
+bool filters(const StoredState& state)
+{
+    return state.activated && state.preferences.asksToFilter();
+}
+
 FilterService& service(void* self)
 {
     return *static_cast<FilterService*>(self);
@@ -160,14 +165,17 @@ std::expected<void, std::string> FilterService::connect(sd_event* loop)
 /// Brings the kernel in step with what is stored.
 std::expected<void, std::string> FilterService::apply()
 {
-    if (m_state.activated && m_state.preferences.asksToFilter())
+    if (filters(m_state))
         return m_filter.switchOn(m_state.preferences.blockedDomains, m_state.generation);
     return m_filter.switchOff();
 }
 
 std::expected<void, std::string> FilterService::store(StoredState next)
 {
-    if (next.preferences.blockedDomains != m_state.preferences.blockedDomains)
+    // Also when it is switched on with the list that it had: while nobody looked, a connection may have taken over the ports,
+    // and with them the mark, of one that was allowed. So all are asked about once more.
+    const bool isSwitchedOn = filters(next) && !m_filter.queue();
+    if (isSwitchedOn || next.preferences.blockedDomains != m_state.preferences.blockedDomains)
         next.generation = generationAfter(m_state.generation);
     if (const auto written = m_file.write(next); !written)
         return written;

@@ -31,30 +31,42 @@ std::string reason(const char* what)
 
 } // namespace
 
-std::expected<std::unique_ptr<PacketQueue>, std::string> PacketQueue::open(
-    std::uint16_t number, MarkBits bits, std::shared_ptr<const DomainTable> blocked, int refusals)
+std::expected<std::unique_ptr<PacketQueue>, std::string> PacketQueue::open(std::uint16_t number, MarkBits bits, int refusals)
 {
     Socket socket(mnl_socket_open(NETLINK_NETFILTER), &mnl_socket_close);
     if (!socket || mnl_socket_bind(socket.get(), 0, MNL_SOCKET_AUTOPID) < 0)
         return std::unexpected(reason("the packet queue cannot be reached"));
-    std::unique_ptr<PacketQueue> queue(new PacketQueue(std::move(socket), number, bits, std::move(blocked), refusals));
+    std::unique_ptr<PacketQueue> queue(new PacketQueue(std::move(socket), number, bits, refusals));
     if (const auto bound = queue->bind(); !bound)
         return std::unexpected(bound.error());
-    queue->m_thread = std::jthread([self = queue.get()](const std::stop_token& stop) { self->run(stop); });
     return queue;
 }
 
-PacketQueue::PacketQueue(Socket socket, std::uint16_t number, MarkBits bits, std::shared_ptr<const DomainTable> blocked, int refusals)
+PacketQueue::PacketQueue(Socket socket, std::uint16_t number, MarkBits bits, int refusals)
     : m_socket(std::move(socket))
     , m_number(number)
     , m_bits(bits)
     , m_refusals(refusals)
-    , m_blocked(std::move(blocked))
+    , m_blocked(std::make_shared<DomainTable>())
     , m_inspector(m_blocked)
 {
 }
 
 PacketQueue::~PacketQueue() = default;
+
+void PacketQueue::start(FlowInspector inspector, std::shared_ptr<const DomainTable> blocked)
+{
+    m_blocked = std::move(blocked);
+    m_inspector = std::move(inspector);
+    m_inspector.setBlocked(m_blocked);
+    m_thread = std::jthread([this](const std::stop_token& stop) { run(stop); });
+}
+
+FlowInspector PacketQueue::stop()
+{
+    m_thread = {};
+    return std::move(m_inspector);
+}
 
 void PacketQueue::setBlocked(std::shared_ptr<const DomainTable> blocked)
 {
@@ -166,6 +178,7 @@ void PacketQueue::count(const Decision& decision)
         break;
     }
     case Reason::openedBefore:
+    case Reason::contradictory:
         ++m_counters.closed;
         break;
     case Reason::notBlocked:

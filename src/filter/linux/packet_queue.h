@@ -29,10 +29,14 @@ struct PacketCounters {
 /// The kernel's queue and the thread that answers it. That thread does nothing but decide: no files, no bus, no locks.
 class PacketQueue {
 public:
-    /// Opens the queue and starts. `refusals` is an event descriptor to which each refusal adds one.
-    [[nodiscard]] static std::expected<std::unique_ptr<PacketQueue>, std::string> open(
-        std::uint16_t number, MarkBits bits, std::shared_ptr<const DomainTable> blocked, int refusals);
+    /// Opens the queue; packets wait in it until start(). `refusals` is an event descriptor to which each refusal adds one.
+    [[nodiscard]] static std::expected<std::unique_ptr<PacketQueue>, std::string> open(std::uint16_t number, MarkBits bits, int refusals);
     ~PacketQueue();
+
+    /// Begins to answer, with what `inspector` knows already, and blocks `blocked`.
+    void start(FlowInspector inspector, std::shared_ptr<const DomainTable> blocked);
+    /// Ends that, and hands out what is known now. What still waits in the queue passes.
+    [[nodiscard]] FlowInspector stop();
 
     /// From the next packet on.
     void setBlocked(std::shared_ptr<const DomainTable> blocked);
@@ -49,7 +53,7 @@ public:
 private:
     using Socket = std::unique_ptr<mnl_socket, int (*)(mnl_socket*)>;
 
-    PacketQueue(Socket socket, std::uint16_t number, MarkBits bits, std::shared_ptr<const DomainTable> blocked, int refusals);
+    PacketQueue(Socket socket, std::uint16_t number, MarkBits bits, int refusals);
     [[nodiscard]] std::expected<void, std::string> bind();
     void run(const std::stop_token& stop);
     void decide(Bytes packet, std::uint32_t id, std::uint32_t mark);

@@ -56,6 +56,17 @@ private Q_SLOTS:
         QVERIFY(http("M-SEARCH * HTTP/1.1\r\nHost: www.example.com\r\n") == expected);
     }
 
+    void theHostLineIsFoundAsLenientServersReadIt()
+    {
+        const NameSearch expected { .outcome = found, .name = "a.example" };
+        QVERIFY(http("GET / HTTP/1.1\r\nHost : a.example\r\n\r\n") == expected);
+        QVERIFY(http("GET / HTTP/1.1\r\nHost:\r\n a.example\r\n\r\n") == expected);
+        QVERIFY(http("GET / HTTP/1.1\r\nHost:\r\n \r\n\ta.example\r\n\r\n") == expected);
+        QVERIFY(http("get / HTTP/1.1\r\nHost: a.example\r\n\r\n") == expected);
+        QVERIFY(http("GET / HTTP/1.1\r\nHost:\r\n").outcome == incomplete);
+        QVERIFY(http("GET / HTTP/1.1\r\nHost:\r\n a.exa").outcome == incomplete);
+    }
+
     void anAbsoluteTargetCountsBeforeTheHostLine()
     {
         QVERIFY(http("GET http://u:p@a.example:8080/x HTTP/1.1\r\nHost: b.example\r\n\r\n").name == "a.example");
@@ -71,8 +82,7 @@ private Q_SLOTS:
 
     void whatIsNoRequestIsForeign()
     {
-        for (const auto* text :
-            { "get / HTTP/1.1\r\n", "\x16\x03\x01", "SSH-2.0-x\r\n", "GET /\r\n", "AVERYLONGMETHODTHATNOBODYHAS / HTTP/1.1", " GET" })
+        for (const auto* text : { "\x16\x03\x01", "SSH-2.0-x\r\n", "GET /\r\n", "AVERYLONGMETHODTHATNOBODYHAS / HTTP/1.1", " GET" })
             QVERIFY2(http(text).outcome == foreign, text);
     }
 
@@ -191,6 +201,46 @@ private Q_SLOTS:
         buffer.insert(2, asBytes("cd"));
         buffer.insert(0, asBytes("ABCDEF"));
         QCOMPARE(QByteArray::fromStdString(std::string(asText(buffer.prefix()))), QByteArray("ABcdEF"));
+    }
+
+    void aContradictionIsNoticed()
+    {
+        RangeBuffer buffer(100);
+        QVERIFY(buffer.insert(10, asBytes("abcdef")) == RangeBuffer::Fit::agrees);
+        QVERIFY(buffer.insert(12, asBytes("cd")) == RangeBuffer::Fit::agrees);
+        QVERIFY(buffer.insert(0, asBytes("0123456789abXdef")) == RangeBuffer::Fit::contradicts);
+        QCOMPARE(asText(buffer.prefix()), std::string_view("0123456789abcdef"));
+        QVERIFY(buffer.insert(16, asBytes("ghi")) == RangeBuffer::Fit::agrees);
+        QVERIFY(buffer.insert(17, asBytes("xx")) == RangeBuffer::Fit::contradicts);
+    }
+
+    void theNumberOfGapsIsBounded()
+    {
+        RangeBuffer buffer(longestSearch);
+        for (std::size_t offset = 1; offset < 4 * RangeBuffer::mostRanges; offset += 2)
+            (void)buffer.insert(offset, asBytes("x"));
+        // What fills a gap, or goes on from the beginning, is still taken.
+        for (std::size_t offset = 0; offset < 2 * RangeBuffer::mostRanges; offset += 2)
+            (void)buffer.insert(offset, asBytes("y"));
+        QCOMPARE(buffer.prefix().size(), 2 * RangeBuffer::mostRanges);
+    }
+
+    void theBeginningMayTurnOutToBeFurtherBack()
+    {
+        RangeBuffer buffer(10);
+        (void)buffer.insert(0, asBytes("cd"));
+        (void)buffer.insert(4, asBytes("gh"));
+        buffer.moveBack(2);
+        QVERIFY(buffer.prefix().empty());
+        (void)buffer.insert(0, asBytes("abcdef"));
+        QCOMPARE(asText(buffer.prefix()), std::string_view("abcdefgh"));
+        buffer.moveBack(4);
+        (void)buffer.insert(0, asBytes("0123"));
+        QCOMPARE(asText(buffer.prefix()), std::string_view("0123abcdef"));
+        buffer.moveBack(4000);
+        QVERIFY(buffer.prefix().empty());
+        (void)buffer.insert(0, asBytes("0123456789xx"));
+        QCOMPARE(asText(buffer.prefix()), std::string_view("0123456789"));
     }
 
     void piecesBeyondTheBoundAreDropped()
