@@ -150,9 +150,8 @@ std::vector<Route> pageRoutes(Database& database, const QByteArray& key, const Q
                 return activityFile(database, request.head, "text/csv; charset=utf-8", ".csv", ActivityExport::Format::csv);
             } },
         { "/activity.json", "GET", mebibyte, guard,
-            [&database](const Request& request) {
-                return activityFile(database, request.head, "application/json", ".json", ActivityExport::Format::json);
-            } },
+            [&database](
+                const Request& request) { return activityFile(database, request.head, "application/json", ".json", ActivityExport::Format::json); } },
         { "/tasks/start", "POST", mebibyte, actionGuard, action(&startTask) },
         { "/tasks/done", "POST", mebibyte, actionGuard, action(&finishTask) },
         { "/focus/blocked", "GET", mebibyte, {}, [](const Request&) { return blockedPage(); } },
