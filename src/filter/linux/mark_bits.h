@@ -23,4 +23,10 @@ struct MarkBits {
 
 inline constexpr std::uint8_t lastGeneration = 0xfd;
 
+/// The generation of a list that comes after one of `generation`.
+[[nodiscard]] constexpr std::uint8_t generationAfter(std::uint8_t generation)
+{
+    return generation >= lastGeneration ? 1 : static_cast<std::uint8_t>(generation + 1);
+}
+
 } // namespace orvanta::filter
