@@ -1,0 +1,57 @@
+#include "platform/platform.h"
+
+#include "platform/macos/appkit_overlay_panels.h"
+#include "platform/macos/appkit_screens.h"
+#include "platform/macos/apple_script_runner.h"
+#include "platform/macos/bundle_application_folders.h"
+#include "platform/macos/event_idle_source.h"
+#include "platform/macos/intents_system_focus.h"
+#include "platform/macos/keychain_secret_store.h"
+#include "platform/macos/task_process_lister.h"
+#include "platform/macos/ubiquitous_cloud_store.h"
+#include "platform/macos/user_defaults_store.h"
+#include "platform/macos/workspace_activation_monitor.h"
+#include "platform/macos/workspace_application_directory.h"
+#include "platform/macos/workspace_motion_preference.h"
+#include "platform/macos/workspace_running_applications.h"
+
+namespace orvanta {
+
+Result<void> preparePlatform()
+{
+    return {};
+}
+
+std::unique_ptr<MotionPreference> makeMotionPreference()
+{
+    return std::make_unique<WorkspaceMotionPreference>();
+}
+
+MakeActivitySources activitySourcesFactory()
+{
+    return [] {
+        return ActivitySources { .applications = std::make_unique<WorkspaceRunningApplications>(),
+            .scripts = std::make_unique<AppleScriptRunner>(),
+            .idle = std::make_unique<EventIdleSource>(),
+            .processes = std::make_unique<TaskProcessLister>() };
+    };
+}
+
+Platform makePlatform(OverlayContentFactory& contents)
+{
+    Platform platform;
+    platform.defaults = std::make_unique<UserDefaultsStore>();
+    platform.cloudStore = std::make_unique<UbiquitousCloudStore>();
+    platform.secrets = std::make_unique<KeychainSecretStore>();
+    platform.screens = std::make_unique<AppKitScreens>();
+    platform.overlayPanels = std::make_unique<AppKitOverlayPanels>(contents);
+    platform.runningApplications = std::make_unique<WorkspaceRunningApplications>();
+    platform.activationMonitor = std::make_unique<WorkspaceActivationMonitor>();
+    platform.systemFocus = std::make_unique<IntentsSystemFocus>();
+    platform.applicationFolders = std::make_unique<BundleApplicationFolders>();
+    platform.applicationDirectory = std::make_unique<WorkspaceApplicationDirectory>();
+    platform.activitySources = activitySourcesFactory();
+    return platform;
+}
+
+} // namespace orvanta
