@@ -1,5 +1,6 @@
 #include "platform/macos/hosted_content.h"
 
+#include <QEvent>
 #include <QQuickItem>
 
 #include <utility>
@@ -16,6 +17,15 @@ HostedContent::HostedContent(std::unique_ptr<OverlayContent> content, std::optio
 }
 
 HostedContent::~HostedContent() = default;
+
+/// Nobody closes a cover; it is ordered out.
+bool HostedContent::event(QEvent* event)
+{
+    if (event->type() != QEvent::Close)
+        return QQuickWindow::event(event);
+    event->ignore();
+    return true;
+}
 
 void HostedContent::resizeEvent(QResizeEvent* event)
 {

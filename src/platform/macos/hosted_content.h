@@ -17,6 +17,7 @@ public:
     ~HostedContent() override;
 
 protected:
+    bool event(QEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
 
 private:
