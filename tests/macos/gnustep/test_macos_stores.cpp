@@ -22,10 +22,18 @@ class TestUserDefaultsStore : public KeyValueStoreContract {
     std::unique_ptr<KeyValueStore> reopened(std::unique_ptr<KeyValueStore> store) override
     {
         store.reset();
-        mac::reopenDefaults();
         return std::make_unique<UserDefaultsStore>();
     }
     void leaveForeignValue(KeyValueStore& /*store*/, const QString& key) override { mac::leaveNumberInDefaults(key); }
+
+private Q_SLOTS:
+    void valuesAreSetAndRemovedByTheirKeys()
+    {
+        const auto store = makeStore();
+        QVERIFY(store->setValue(u"blockedDomains"_s, QStringList { u"a.example"_s }));
+        QVERIFY(store->remove(u"blockedDomains"_s));
+        QCOMPARE(mac::calls(), QStringList({ u"defaults setObject blockedDomains"_s, u"defaults removeObject blockedDomains"_s }));
+    }
 };
 
 class TestUbiquitousCloudStore : public CloudStoreContract {

@@ -15,7 +15,5 @@ void leaveNumberInCloud(const QString& key);
 
 // The user defaults of this machine.
 void leaveNumberInDefaults(const QString& key);
-/// What a program finds that starts now.
-void reopenDefaults();
 
 } // namespace orvanta::testing::mac

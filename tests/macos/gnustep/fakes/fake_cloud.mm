@@ -12,20 +12,22 @@ using namespace orvanta::testing::mac;
 @interface FakeCloud : NSUbiquitousKeyValueStore
 @end
 
+@interface FakeDefaults : NSUserDefaults
+@end
+
 namespace {
 
 FakeCloud* cloud = nil;
 NSMutableDictionary* values = nil;   ///< what is here
 NSMutableDictionary* underWay = nil; ///< what is still elsewhere
+NSMutableDictionary* defaults = nil;
 
 void reset()
 {
     keep(cloud, [[[FakeCloud alloc] init] autorelease]);
     keep(values, [NSMutableDictionary dictionary]);
     keep(underWay, [NSMutableDictionary dictionary]);
-    NSUserDefaults* defaults = [NSUserDefaults standardUserDefaults];
-    for (NSString* key in [[defaults persistentDomainForName:[[NSProcessInfo processInfo] processName]] allKeys])
-        [defaults removeObjectForKey:key];
+    keep(defaults, [NSMutableDictionary dictionary]);
 }
 
 const ResetAtBegin resetAtBegin(reset);
@@ -88,6 +90,37 @@ void takeIn()
 
 @end
 
+@implementation FakeDefaults
+
+- (id)objectForKey:(NSString*)key
+{
+    return [defaults objectForKey:key];
+}
+
+- (void)setObject:(id)value forKey:(NSString*)key
+{
+    record(QStringLiteral("defaults setObject ") + toQString(key));
+    [defaults setObject:value forKey:key];
+}
+
+- (void)removeObjectForKey:(NSString*)key
+{
+    record(QStringLiteral("defaults removeObject ") + toQString(key));
+    [defaults removeObjectForKey:key];
+}
+
+@end
+
+@implementation NSUserDefaults (Fake)
+
++ (NSUserDefaults*)standardUserDefaults
+{
+    static FakeDefaults* standard = [FakeDefaults alloc]; // not made as GNUstep's are: those read files
+    return standard;
+}
+
+@end
+
 @implementation NSUbiquitousKeyValueStore (Fake)
 
 + (NSUbiquitousKeyValueStore*)defaultStore
@@ -126,15 +159,7 @@ void leaveNumberInCloud(const QString& key)
 void leaveNumberInDefaults(const QString& key)
 {
     @autoreleasepool {
-        [[NSUserDefaults standardUserDefaults] setObject:[NSNumber numberWithInt:5] forKey:toNSString(key)];
-    }
-}
-
-void reopenDefaults()
-{
-    @autoreleasepool {
-        [[NSUserDefaults standardUserDefaults] synchronize];
-        [NSUserDefaults resetStandardUserDefaults];
+        [defaults setObject:[NSNumber numberWithInt:5] forKey:toNSString(key)];
     }
 }
 

@@ -131,10 +131,12 @@ void failExtensionProperties(const QString& description)
 
 int askToReplaceExtension()
 {
-    OSSystemExtensionRequest* request = activations.front();
-    return static_cast<int>([request.delegate request:request
-                          actionForReplacingExtension:[[[OSSystemExtensionProperties alloc] init] autorelease]
-                                        withExtension:[[[OSSystemExtensionProperties alloc] init] autorelease]]);
+    @autoreleasepool {
+        OSSystemExtensionRequest* request = activations.front();
+        return static_cast<int>([request.delegate request:request
+                              actionForReplacingExtension:[[[OSSystemExtensionProperties alloc] init] autorelease]
+                                            withExtension:[[[OSSystemExtensionProperties alloc] init] autorelease]]);
+    }
 }
 
 void askForExtensionApproval()
