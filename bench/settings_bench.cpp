@@ -115,11 +115,14 @@ int main(int argc, char** argv)
         { u"focusActive"_s, false },
         { u"focusStatusLabel"_s, u"Focus inactive"_s },
         { u"permissionSummary"_s, u"Orvanta connected"_s },
+        { u"permissionHint"_s, QString() },
         { u"notices"_s, QStringList() },
         { u"blockedDomains"_s, QVariant::fromValue(&domains) },
         { u"blockedApplications"_s, QVariant::fromValue(&applications) },
         { u"installedApplications"_s, QVariant::fromValue(&source) },
         { u"reduceMotion"_s, true },
+        { u"websiteProtectionTitle"_s, u"Activate website protection"_s },
+        { u"websiteBlockingActive"_s, false },
     }));
     auto* view = qobject_cast<QQuickItem*>(made.get());
     if (!view) {

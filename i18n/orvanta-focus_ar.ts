@@ -185,6 +185,17 @@
     </message>
 </context>
 <context>
+    <name>StatusHints</name>
+    <message>
+        <source>This copy runs from a folder of its own. Install the program for the whole computer, with its filter, and start the installed one.</source>
+        <translation>تعمل هذه النسخة من مجلد خاص بها. ثبّت البرنامج مع مرشّحه للحاسوب كله ثم شغّل النسخة المثبّتة.</translation>
+    </message>
+    <message>
+        <source>Your desktop asks for an administrator&apos;s password. If it does not, no authentication agent runs in this session.</source>
+        <translation>يطلب سطح المكتب كلمة مرور مسؤول النظام. إن لم يطلبها فلا يوجد وكيل مصادقة يعمل في هذه الجلسة.</translation>
+    </message>
+</context>
+<context>
     <name>StoredFile</name>
     <message>
         <source>cannot be read (%1)</source>

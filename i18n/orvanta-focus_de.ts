@@ -185,6 +185,17 @@
     </message>
 </context>
 <context>
+    <name>StatusHints</name>
+    <message>
+        <source>This copy runs from a folder of its own. Install the program for the whole computer, with its filter, and start the installed one.</source>
+        <translation>Diese Kopie läuft aus einem eigenen Ordner. Installieren Sie das Programm mitsamt seinem Filter für den ganzen Computer und starten Sie das installierte.</translation>
+    </message>
+    <message>
+        <source>Your desktop asks for an administrator&apos;s password. If it does not, no authentication agent runs in this session.</source>
+        <translation>Ihr Desktop fragt nach dem Passwort eines Administrators. Fragt er nicht, läuft in dieser Sitzung kein Authentifizierungsdienst.</translation>
+    </message>
+</context>
+<context>
     <name>StoredFile</name>
     <message>
         <source>cannot be read (%1)</source>

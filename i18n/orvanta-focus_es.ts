@@ -185,6 +185,17 @@
     </message>
 </context>
 <context>
+    <name>StatusHints</name>
+    <message>
+        <source>This copy runs from a folder of its own. Install the program for the whole computer, with its filter, and start the installed one.</source>
+        <translation>Esta copia se ejecuta desde una carpeta propia. Instala el programa, con su filtro, para todo el equipo e inicia el instalado.</translation>
+    </message>
+    <message>
+        <source>Your desktop asks for an administrator&apos;s password. If it does not, no authentication agent runs in this session.</source>
+        <translation>El escritorio pide la contraseña de un administrador. Si no la pide, en esta sesión no hay ningún agente de autenticación.</translation>
+    </message>
+</context>
+<context>
     <name>StoredFile</name>
     <message>
         <source>cannot be read (%1)</source>

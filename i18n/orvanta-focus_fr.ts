@@ -185,6 +185,17 @@
     </message>
 </context>
 <context>
+    <name>StatusHints</name>
+    <message>
+        <source>This copy runs from a folder of its own. Install the program for the whole computer, with its filter, and start the installed one.</source>
+        <translation>Cette copie s’exécute depuis un dossier à part. Installez le programme, avec son filtre, pour tout l’ordinateur, puis lancez celui qui est installé.</translation>
+    </message>
+    <message>
+        <source>Your desktop asks for an administrator&apos;s password. If it does not, no authentication agent runs in this session.</source>
+        <translation>Votre bureau demande le mot de passe d’un administrateur. S’il ne le fait pas, aucun agent d’authentification ne tourne dans cette session.</translation>
+    </message>
+</context>
+<context>
     <name>StoredFile</name>
     <message>
         <source>cannot be read (%1)</source>

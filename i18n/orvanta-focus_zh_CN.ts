@@ -185,6 +185,17 @@
     </message>
 </context>
 <context>
+    <name>StatusHints</name>
+    <message>
+        <source>This copy runs from a folder of its own. Install the program for the whole computer, with its filter, and start the installed one.</source>
+        <translation>此副本从单独的文件夹运行。请为整台计算机安装本程序及其过滤器，然后启动已安装的程序。</translation>
+    </message>
+    <message>
+        <source>Your desktop asks for an administrator&apos;s password. If it does not, no authentication agent runs in this session.</source>
+        <translation>桌面会要求输入管理员密码。如果没有出现提示，说明此会话中没有运行身份验证代理。</translation>
+    </message>
+</context>
+<context>
     <name>StoredFile</name>
     <message>
         <source>cannot be read (%1)</source>

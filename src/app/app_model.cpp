@@ -4,6 +4,7 @@
 #include "app/policy/blocked_applications.h"
 #include "app/policy/focus_activation.h"
 #include "app/stored_lists.h"
+#include "website/legacy_dns_proxy_removal.h"
 
 #include <QPointer>
 
@@ -15,28 +16,35 @@ AppModel::AppModel(const AppModelDependencies& dependencies, const QStringList& 
     : m_dependencies(dependencies)
     , m_permissionSummary(tr("Setup required"))
     , m_notices(std::move(notices))
+    , m_websiteProtectionState(orvanta::websiteProtectionState(false, false, false))
     , m_blockingCoordinator(dependencies.screens, dependencies.overlayPanels, dependencies.runningApplications)
+    , m_networkProtection(dependencies.extensionManager, dependencies.filterManager, dependencies.urlOpener)
+    , m_blockedPagePresenter(
+          dependencies.systemNotifications, dependencies.runningApplications, dependencies.urlOpener, dependencies.service.blockedPage)
     , m_systemFocusMonitor(dependencies.systemFocus, dependencies.systemFocusPause)
 {
-    // 1. What the launch arguments ask for.
-    m_options = LaunchOptions::read(arguments);
-    m_focusActive = m_orvantaWorkActive = m_options.focusActive;
-    if (m_options.isUiTest)
-        eraseLocalLists();
+    // 1. What earlier versions left behind goes, in the background.
+    LegacyDNSProxyRemoval::run(m_dependencies.dnsProxyManager);
 
-    // 2. The two lists; the cloud's copy wins over the local one.
+    // 2. What the launch arguments ask for.
+    readLaunchArguments(arguments);
+
+    // 3. The two lists; the cloud's copy wins over the local one.
     const SyncToCloud domainsWorthSyncing = loadDomains();
     const SyncToCloud applicationsWorthSyncing = loadApplications();
 
-    // 3. The application blocker, told of focus before it hears of any activation.
+    // 4. Both kinds of blocking, told what to block and whether, before anything happens.
     applicationBlocker().focusActive = m_focusActive;
+    m_networkProtection.setBlockedDomains(m_blockedDomains.values());
+    m_networkProtection.setFocusActive(m_focusActive);
     applicationBlocker().startObserving();
+    startWebsiteProtection();
 
-    // 4. The initial save. A first start with nothing stored anywhere leaves the cloud untouched.
+    // 5. The initial save. A first start with nothing stored anywhere leaves the cloud untouched.
     const bool worthSyncing = domainsWorthSyncing == SyncToCloud::yes || cloudHoldsAnyList() || applicationsWorthSyncing == SyncToCloud::yes;
     persist(worthSyncing ? SyncToCloud::yes : SyncToCloud::no);
 
-    // 5. Changes that other machines make from now on.
+    // 6. Changes that other machines make from now on.
     if (cloudSyncEnabled()) {
         m_cloudChanges = m_dependencies.cloudStore.observeExternalChanges([self = QPointer(this)] {
             if (self)
@@ -44,10 +52,10 @@ AppModel::AppModel(const AppModelDependencies& dependencies, const QStringList& 
         });
     }
 
-    // 6. The system's own Focus.
+    // 7. The system's own Focus.
     startSystemFocusMonitor();
 
-    // 7. The tracker and the service.
+    // 8. The tracker and the service.
     startActivityTracker();
     startPolling();
 }
@@ -59,17 +67,14 @@ QString AppModel::focusStatusLabel() const
     return focusStatusLabelText(m_orvantaWorkActive, m_systemFocusActive);
 }
 
-QString AppModel::websiteProtectionTitle() const
+QString AppModel::permissionHint() const
 {
-    return m_websiteProtectionState ? orvanta::websiteProtectionTitle(*m_websiteProtectionState) : QString();
+    return m_dependencies.statusHint ? m_dependencies.statusHint(m_permissionSummary) : QString();
 }
 
-void AppModel::setWebsiteProtectionState(WebsiteProtectionState state)
+QString AppModel::websiteProtectionTitle() const
 {
-    if (m_websiteProtectionState == state)
-        return;
-    m_websiteProtectionState = state;
-    Q_EMIT websiteProtectionStateChanged();
+    return orvanta::websiteProtectionTitle(m_websiteProtectionState);
 }
 
 void AppModel::addDomain(const QString& text)
@@ -106,10 +111,23 @@ void AppModel::removeApplication(const QString& bundleIdentifier)
     persist(SyncToCloud::yes);
 }
 
+void AppModel::activateWebsiteProtection()
+{
+    m_networkProtection.activate();
+}
+
 void AppModel::systemFocusChanged(bool isFocused)
 {
     m_systemFocusActive = isFocused;
     applyFocus();
+}
+
+void AppModel::readLaunchArguments(const QStringList& arguments)
+{
+    m_options = LaunchOptions::read(arguments);
+    m_focusActive = m_orvantaWorkActive = m_options.focusActive;
+    if (m_options.isUiTest)
+        eraseLocalLists();
 }
 
 void AppModel::eraseLocalLists()
@@ -151,12 +169,11 @@ bool AppModel::cloudHoldsAnyList()
 void AppModel::persist(SyncToCloud syncToCloud)
 {
     const bool toCloud = cloudSyncEnabled() && syncToCloud == SyncToCloud::yes;
-    store(m_dependencies.defaults, StoredLists::domainsKey, m_blockedDomains.values());
-    if (const auto encoded = encodeBlockedApplications(m_blockedApplications)) {
-        store(m_dependencies.defaults, StoredLists::applicationsKey, *encoded);
-        if (toCloud)
-            store(m_dependencies.cloudStore, StoredLists::applicationsKey, *encoded);
-    }
+    storeDomains();
+    m_networkProtection.setBlockedDomains(m_blockedDomains.values());
+    const auto encoded = storeApplications();
+    if (encoded && toCloud)
+        store(m_dependencies.cloudStore, StoredLists::applicationsKey, *encoded);
     if (toCloud) {
         store(m_dependencies.cloudStore, StoredLists::domainsKey, m_blockedDomains.values());
         m_dependencies.cloudStore.synchronise();
@@ -170,7 +187,24 @@ void AppModel::applyCloudChanges()
     if (auto applications = StoredLists::applications(m_dependencies.cloudStore))
         setBlockedApplications(*std::move(applications));
     // To the local side alone: what came from the cloud is never sent back to it.
-    persist(SyncToCloud::no);
+    storeDomains();
+    (void)storeApplications();
+    m_networkProtection.setBlockedDomains(m_blockedDomains.values());
+}
+
+void AppModel::startWebsiteProtection()
+{
+    m_networkProtection.onStatusChange = [self = QPointer(this)](const QString& text) {
+        if (self)
+            self->setPermissionSummary(text);
+    };
+    m_networkProtection.onStateChange = [self = QPointer(this)](WebsiteProtectionState state) {
+        if (self)
+            self->setWebsiteProtectionState(state);
+    };
+    m_blockedPagePresenter.startObserving();
+    // Once more: the answers to the first look may have come before anybody listened.
+    m_networkProtection.refresh();
 }
 
 void AppModel::startSystemFocusMonitor()
@@ -230,8 +264,10 @@ void AppModel::applyFocus()
     m_focusActive = FocusActivation::isActive(m_orvantaWorkActive, m_systemFocusActive);
     Q_EMIT focusActiveChanged();
     Q_EMIT focusStatusLabelChanged();
-    if (FocusStateTransition::counts(before, m_focusActive))
-        applicationBlocker().focusActive = m_focusActive;
+    if (!FocusStateTransition::counts(before, m_focusActive))
+        return;
+    applicationBlocker().focusActive = m_focusActive;
+    m_networkProtection.setFocusActive(m_focusActive);
 }
 
 ApplicationBlocker& AppModel::applicationBlocker()
@@ -262,6 +298,29 @@ void AppModel::setPermissionSummary(const QString& text)
         return;
     m_permissionSummary = text;
     Q_EMIT permissionSummaryChanged();
+}
+
+void AppModel::setWebsiteProtectionState(WebsiteProtectionState state)
+{
+    if (m_websiteProtectionState == state)
+        return;
+    m_websiteProtectionState = state;
+    Q_EMIT websiteProtectionStateChanged();
+}
+
+void AppModel::storeDomains()
+{
+    store(m_dependencies.defaults, StoredLists::domainsKey, m_blockedDomains.values());
+}
+
+/// The list as it was stored; nothing if it cannot be written down.
+std::optional<QByteArray> AppModel::storeApplications()
+{
+    auto encoded = encodeBlockedApplications(m_blockedApplications);
+    if (!encoded)
+        return std::nullopt;
+    store(m_dependencies.defaults, StoredLists::applicationsKey, *encoded);
+    return *std::move(encoded);
 }
 
 void AppModel::store(KeyValueStore& store, const QString& key, const StoredValue& value)

@@ -4,7 +4,6 @@
 #include "app/launch_options.h"
 #include "app/policy/blocked_application.h"
 #include "app/policy/blocked_domains.h"
-#include "app/policy/website_protection_state.h"
 #include "app/polling_task.h"
 #include "app/system_focus_monitor.h"
 #include "blocking/application_blocker.h"
@@ -14,6 +13,8 @@
 #include "service/focus_credential_store.h"
 #include "service/service_configuration.h"
 #include "service/url_session.h"
+#include "website/blocked_page_presenter.h"
+#include "website/network_protection_controller.h"
 
 #include <QObject>
 #include <QQmlEngine>
@@ -21,11 +22,14 @@
 #include <QStringList>
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
 
 namespace orvanta {
+
+class DnsProxyManager;
 
 /// What the model asks of the system and of the service. All of it outlives the model.
 struct AppModelDependencies {
@@ -36,10 +40,16 @@ struct AppModelDependencies {
     OverlayPanels& overlayPanels;
     RunningApplications& runningApplications;
     ActivationMonitor& activationMonitor;
+    ExtensionManager& extensionManager;
+    FilterManager& filterManager;
+    DnsProxyManager& dnsProxyManager;
+    SystemNotifications& systemNotifications;
+    UrlOpener& urlOpener;
     SystemFocus& systemFocus;
     UrlSession& urlSession;
     MakeActivitySources activitySources;
     ServiceConfiguration service;
+    std::function<QString(const QString& status)> statusHint {}; ///< may be empty
     std::chrono::milliseconds pollPause = PollingTask::defaultPause;
     std::chrono::milliseconds systemFocusPause = SystemFocusMonitor::defaultPause;
 };
@@ -54,6 +64,7 @@ class AppModel : public QObject {
     Q_PROPERTY(bool focusActive READ focusActive NOTIFY focusActiveChanged)
     Q_PROPERTY(QString focusStatusLabel READ focusStatusLabel NOTIFY focusStatusLabelChanged)
     Q_PROPERTY(QString permissionSummary READ permissionSummary NOTIFY permissionSummaryChanged)
+    Q_PROPERTY(QString permissionHint READ permissionHint NOTIFY permissionSummaryChanged)
     Q_PROPERTY(QStringList notices READ notices NOTIFY noticesChanged)
     Q_PROPERTY(QString websiteProtectionTitle READ websiteProtectionTitle NOTIFY websiteProtectionStateChanged)
     Q_PROPERTY(bool websiteBlockingActive READ websiteBlockingActive NOTIFY websiteProtectionStateChanged)
@@ -72,11 +83,12 @@ public:
     [[nodiscard]] const std::vector<BlockedApplication>& blockedApplications() const { return m_blockedApplications; }
     /// One line for the user: the latest status or error, whoever wrote it last.
     [[nodiscard]] QString permissionSummary() const { return m_permissionSummary; }
+    /// What this system's users need to know beside that line; mostly nothing.
+    [[nodiscard]] QString permissionHint() const;
     /// Further lines for the user, beside the status: what could not be stored, and what was found damaged.
     [[nodiscard]] QStringList notices() const { return m_notices; }
-    /// How far website protection is; absent, and not shown, until something is attached that protects.
-    [[nodiscard]] const std::optional<WebsiteProtectionState>& websiteProtectionState() const { return m_websiteProtectionState; }
-    /// The words on its button; empty while nothing is attached.
+    [[nodiscard]] WebsiteProtectionState websiteProtectionState() const { return m_websiteProtectionState; }
+    /// The words on website protection's button.
     [[nodiscard]] QString websiteProtectionTitle() const;
     [[nodiscard]] bool websiteBlockingActive() const { return m_websiteProtectionState == WebsiteProtectionState::blockingActive; }
     [[nodiscard]] bool isBlockedPreview() const { return m_options.isBlockedPreview; }
@@ -89,8 +101,8 @@ public:
     Q_INVOKABLE void addApplication(const QString& bundleIdentifier, const QString& displayName);
     Q_INVOKABLE void removeApplication(const QString& bundleIdentifier);
 
-    /// Whatever protects websites says how far it is; the first word attaches it.
-    void setWebsiteProtectionState(WebsiteProtectionState state);
+    /// The user asks that websites be blocked as well.
+    Q_INVOKABLE void activateWebsiteProtection();
 
     /// The system's Focus went on or off.
     void systemFocusChanged(bool isFocused);
@@ -108,12 +120,14 @@ private:
     enum class SyncToCloud { no, yes };
 
     [[nodiscard]] bool cloudSyncEnabled() const { return !m_options.isUiTest; }
+    void readLaunchArguments(const QStringList& arguments);
     void eraseLocalLists();
     [[nodiscard]] SyncToCloud loadDomains();
     [[nodiscard]] SyncToCloud loadApplications();
     [[nodiscard]] bool cloudHoldsAnyList();
     void persist(SyncToCloud syncToCloud);
     void applyCloudChanges();
+    void startWebsiteProtection();
     void startSystemFocusMonitor();
     void startActivityTracker();
     void startPolling();
@@ -124,6 +138,9 @@ private:
     void setBlockedDomains(BlockedDomains domains);
     void setBlockedApplications(std::vector<BlockedApplication> applications);
     void setPermissionSummary(const QString& text);
+    void setWebsiteProtectionState(WebsiteProtectionState state);
+    void storeDomains();
+    [[nodiscard]] std::optional<QByteArray> storeApplications();
     void store(KeyValueStore& store, const QString& key, const StoredValue& value);
 
     AppModelDependencies m_dependencies;
@@ -134,12 +151,14 @@ private:
     std::vector<BlockedApplication> m_blockedApplications;
     QString m_permissionSummary;
     QStringList m_notices;
-    std::optional<WebsiteProtectionState> m_websiteProtectionState;
+    WebsiteProtectionState m_websiteProtectionState;
 
     bool m_orvantaWorkActive = false; ///< the service's last answer
     bool m_systemFocusActive = false;
 
     BlockingCoordinator m_blockingCoordinator;
+    NetworkProtectionController m_networkProtection;
+    BlockedPagePresenter m_blockedPagePresenter;
     SystemFocusMonitor m_systemFocusMonitor;
     std::unique_ptr<ApplicationBlocker> m_applicationBlocker; ///< made at its first use
     std::unique_ptr<TrackerService> m_activityTracker;        ///< absent without an API key

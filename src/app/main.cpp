@@ -71,10 +71,16 @@ int main(int argc, char** argv)
                        .overlayPanels = *platform.overlayPanels,
                        .runningApplications = *platform.runningApplications,
                        .activationMonitor = *platform.activationMonitor,
+                       .extensionManager = *platform.extensionManager,
+                       .filterManager = *platform.filterManager,
+                       .dnsProxyManager = *platform.dnsProxyManager,
+                       .systemNotifications = *platform.systemNotifications,
+                       .urlOpener = *platform.urlOpener,
                        .systemFocus = *platform.systemFocus,
                        .urlSession = urlSession,
                        .activitySources = platform.activitySources,
-                       .service = *service },
+                       .service = *service,
+                       .statusHint = platform.statusHint },
         arguments, platform.notices);
 
     SettingsModels settings(model, engine, *platform.applicationFolders, std::move(platform.applicationDirectory));

@@ -5,6 +5,9 @@
 #include "platform/application_directory.h"
 #include "platform/application_folders.h"
 #include "platform/cloud_store.h"
+#include "platform/dns_proxy_manager.h"
+#include "platform/extension_manager.h"
+#include "platform/filter_manager.h"
 #include "platform/key_value_store.h"
 #include "platform/motion_preference.h"
 #include "platform/overlay_panels.h"
@@ -12,9 +15,12 @@
 #include "platform/screens.h"
 #include "platform/secret_store.h"
 #include "platform/system_focus.h"
+#include "platform/system_notifications.h"
+#include "platform/url_opener.h"
 
 #include <QStringList>
 
+#include <functional>
 #include <memory>
 
 namespace orvanta {
@@ -31,10 +37,17 @@ struct Platform {
     std::unique_ptr<OverlayPanels> overlayPanels;
     std::unique_ptr<RunningApplications> runningApplications;
     std::unique_ptr<ActivationMonitor> activationMonitor;
+    std::unique_ptr<ExtensionManager> extensionManager;
+    std::unique_ptr<FilterManager> filterManager;
+    std::unique_ptr<DnsProxyManager> dnsProxyManager;
+    std::unique_ptr<SystemNotifications> systemNotifications;
+    std::unique_ptr<UrlOpener> urlOpener;
     std::unique_ptr<SystemFocus> systemFocus;
     std::unique_ptr<ApplicationFolders> applicationFolders;
     std::unique_ptr<ApplicationDirectory> applicationDirectory;
     MakeActivitySources activitySources;
+    /// Words to stand beside a status text that users of this system would not understand by itself; empty for others.
+    std::function<QString(const QString& status)> statusHint;
 
     /// What the user should be told about how the system was found: a damaged settings file, say.
     QStringList notices;

@@ -17,11 +17,14 @@ Item {
             focusActive: false
             focusStatusLabel: "Focus inactive"
             permissionSummary: "Orvanta connected"
+            permissionHint: ""
             notices: []
             blockedDomains: Lists.domains([])
             blockedApplications: Lists.applications([])
             installedApplications: Lists.source(["Album", "Chatter", "Console", "Ledger", "Postbox", "Tunes"], false)
             reduceMotion: true
+            websiteProtectionTitle: "Activate website protection"
+            websiteBlockingActive: false
             dark: false
         }
     }
@@ -161,14 +164,19 @@ Item {
 
         // Website protection
 
-        function test_without_website_protection_there_is_no_button_for_it() {
-            const view = make()
-            verify(!part(view, "websiteProtection").visible)
-            verify(!Accessibility.controls(view).some(name => name.includes("rotection")))
+        function test_a_hint_stands_beneath_the_status_where_there_is_one() {
+            const view = make({ permissionSummary: "Install Orvanta Focus in Applications first" })
+            const hint = part(view, "permissionHint")
+            verify(!hint.visible)
+            view.permissionHint = "This copy runs from a folder of its own."
+            waitForRendering(view)
+            verify(hint.visible)
+            const summary = part(view, "permissionSummary")
+            verify(frameOf(view, hint).y >= frameOf(view, summary).y + summary.height)
         }
 
         function test_the_button_asks_for_website_protection() {
-            const view = make({ websiteProtectionTitle: "Activate website protection" })
+            const view = make()
             mouseClick(part(view, "websiteProtection"))
             compare(protection.count, 1)
         }
@@ -185,7 +193,7 @@ Item {
         }
 
         function test_a_long_status_wraps_and_does_not_push_the_button_out() {
-            const view = make({ width: 560, websiteProtectionTitle: "Activate website protection", permissionSummary: "Approve website protection in System Settings, and then wait for a while".repeat(2) })
+            const view = make({ width: 560, permissionSummary: "Approve website protection in System Settings, and then wait for a while".repeat(2) })
             const button = part(view, "websiteProtection")
             const section = part(view, "permissions")
             compare(frameOf(section, button).x + button.width, section.width - 16)
@@ -479,7 +487,7 @@ Item {
         // The keyboard
 
         function test_tab_goes_round_the_window_in_both_directions() {
-            const view = make({ websiteProtectionTitle: "Activate website protection", blockedDomains: Lists.domains(["a.example", "b.example"]), blockedApplications: Lists.applications(["Album"]) })
+            const view = make({ blockedDomains: Lists.domains(["a.example", "b.example"]), blockedApplications: Lists.applications(["Album"]) })
             const stops = [part(view, "websiteProtection"), addOf(view, "websites"), removeAt(view, "websites", 0), removeAt(view, "websites", 1),
                 addOf(view, "applications"), removeAt(view, "applications", 0)]
             for (let round = 0; round < 2; ++round) {
@@ -499,7 +507,7 @@ Item {
 
         function test_tab_brings_what_it_reaches_into_the_window() {
             const view = make({ blockedDomains: Lists.manyDomains(200) })
-            for (let i = 0; i < 60; ++i)
+            for (let i = 0; i < 61; ++i)
                 keyClick(Qt.Key_Tab)
             const button = removeAt(view, "websites", 58)
             verify(button.activeFocus)
@@ -510,7 +518,7 @@ Item {
         }
 
         function test_a_ring_is_shown_for_the_keyboard_only() {
-            const view = make({ websiteProtectionTitle: "Activate website protection" })
+            const view = make()
             const button = part(view, "websiteProtection")
             mouseClick(button)
             verify(button.activeFocus)
@@ -522,6 +530,9 @@ Item {
 
         function test_space_and_return_press() {
             const view = make()
+            keyClick(Qt.Key_Tab)
+            keyClick(Qt.Key_Space)
+            compare(protection.count, 1)
             keyClick(Qt.Key_Tab)
             keyClick(Qt.Key_Space)
             compare(view.editor, "domain")
@@ -571,7 +582,7 @@ Item {
             const domains = Lists.domains(["a.example", "b.example", "c.example"])
             const view = make({ blockedDomains: domains })
             view.domainRemoved.connect(domain => Lists.setDomains(domains, Lists.domainsOf(domains).filter(text => text !== domain)))
-            for (let i = 0; i < 3; ++i)
+            for (let i = 0; i < 4; ++i)
                 keyClick(Qt.Key_Tab)
             keyClick(Qt.Key_Return)
             compare(domainRemoved.signalArguments[0][0], "b.example")
@@ -584,7 +595,7 @@ Item {
         // Sheets and what is beneath
 
         function test_beneath_a_sheet_nothing_scrolls_takes_focus_or_is_read_out() {
-            const view = make({ blockedDomains: Lists.manyDomains(100), websiteProtectionTitle: "Activate website protection" })
+            const view = make({ blockedDomains: Lists.manyDomains(100) })
             verify(Accessibility.controls(view).includes("Add to blocked websites"))
             openDomainEditor(view)
             compare(Accessibility.controls(view), ["Domain", "Cancel", "Block website"])
@@ -621,7 +632,7 @@ Item {
         // Accessibility
 
         function test_every_control_has_a_name() {
-            const view = make({ websiteProtectionTitle: "Activate website protection", blockedDomains: Lists.domains(["a.example"]), blockedApplications: Lists.applications(["Album"]) })
+            const view = make({ blockedDomains: Lists.domains(["a.example"]), blockedApplications: Lists.applications(["Album"]) })
             const controls = Accessibility.controls(view)
             compare(controls.length, 5)
             verify(controls.every(name => name !== ""), controls)
@@ -648,7 +659,7 @@ Item {
         }
 
         function test_from_right_to_left_everything_is_mirrored() {
-            const view = make({ blockedDomains: Lists.domains(["a.example"]), blockedApplications: Lists.applications(["Album"]), websiteProtectionTitle: "Activate website protection" })
+            const view = make({ blockedDomains: Lists.domains(["a.example"]), blockedApplications: Lists.applications(["Album"]) })
             view.LayoutMirroring.enabled = true
             view.LayoutMirroring.childrenInherit = true
             waitForRendering(view)

@@ -105,10 +105,12 @@ class WebsiteFilter(unittest.TestCase):
             self.assertTrue(asks(kept))
             thread = threading.Thread(target=client)
             thread.start()
-            for switch in range(200):
-                self.network.save(BLOCKED, enabled=switch % 2 == 1)
-            stop.set()
-            thread.join()
+            try:
+                for switch in range(200):
+                    self.network.save(BLOCKED, enabled=switch % 2 == 1)
+            finally:
+                stop.set()
+                thread.join()
             self.assertTrue(asks(kept))
         self.assertGreater(len(asked), 0)
         self.assertEqual(len(lost), 0, f"of {len(asked)}")

@@ -181,6 +181,10 @@ class Keyboard(SettingsScene):
     def test_the_whole_program_is_worked_without_a_mouse(self):
         focus = self.in_front()
         x11.key("Tab")
+        self.wait_for_keyboard(focus, "push button", "Activate website protection")
+        x11.key("space")
+        accessible.wait_for(focus.pid, name="Install Orvanta Focus in Applications first")  # a build folder is no place for it
+        x11.key("Tab")
         self.wait_for_keyboard(focus, "push button", "Add to blocked websites")
         x11.key("Return")
         self.wait_for_keyboard(focus, "text", "Domain")

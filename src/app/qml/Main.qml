@@ -61,6 +61,7 @@ Window {
             focusActive: window.model.focusActive
             focusStatusLabel: window.model.focusStatusLabel
             permissionSummary: window.model.permissionSummary
+            permissionHint: window.model.permissionHint
             notices: window.model.notices
             blockedDomains: window.settings.blockedDomains
             blockedApplications: window.settings.blockedApplications
@@ -68,6 +69,7 @@ Window {
             reduceMotion: window.motion.reduceMotion
             websiteProtectionTitle: window.model.websiteProtectionTitle
             websiteBlockingActive: window.model.websiteBlockingActive
+            onWebsiteProtectionRequested: window.model.activateWebsiteProtection()
             onDomainAdded: text => window.model.addDomain(text)
             onDomainRemoved: domain => window.model.removeDomain(domain)
             onApplicationAdded: (bundleIdentifier, displayName) => window.model.addApplication(bundleIdentifier, displayName)

@@ -8,11 +8,17 @@
 #include "platform/linux/desktop_motion_preference.h"
 #include "platform/linux/desktop_script_runner.h"
 #include "platform/linux/desktop_system_focus.h"
+#include "platform/linux/desktop_url_opener.h"
+#include "platform/linux/filterd_dns_proxy_manager.h"
+#include "platform/linux/filterd_extension_manager.h"
+#include "platform/linux/filterd_filter_manager.h"
+#include "platform/linux/filterd_notifications.h"
 #include "platform/linux/graphics_hardware.h"
 #include "platform/linux/proc_process_lister.h"
 #include "platform/linux/qt_screens.h"
 #include "platform/linux/secret_service.h"
 #include "platform/linux/settings_file.h"
+#include "platform/linux/status_hints.h"
 #include "platform/linux/synced_folder_store.h"
 #include "platform/linux/x11_activation_monitor.h"
 #include "platform/linux/x11_overlay_panels.h"
@@ -88,9 +94,15 @@ Platform makePlatform(OverlayContentFactory& contents)
     platform.overlayPanels = std::make_unique<X11OverlayPanels>(contents, x11->connection(), shared->panelWindows);
     platform.runningApplications = std::make_unique<X11RunningApplications>();
     platform.activationMonitor = std::make_unique<X11ActivationMonitor>(shared->panelWindows);
+    platform.extensionManager = std::make_unique<FilterdExtensionManager>();
+    platform.filterManager = std::make_unique<FilterdFilterManager>();
+    platform.dnsProxyManager = std::make_unique<FilterdDnsProxyManager>();
+    platform.systemNotifications = std::make_unique<FilterdNotifications>();
+    platform.urlOpener = std::make_unique<DesktopUrlOpener>();
     platform.systemFocus = std::make_unique<DesktopSystemFocus>();
     platform.applicationFolders = std::make_unique<DesktopApplicationFolders>();
     platform.applicationDirectory = std::make_unique<DesktopApplicationDirectory>();
+    platform.statusHint = &desktopStatusHint;
     platform.activitySources = activitySourcesFactory();
     platform.shared = std::move(shared);
     return platform;

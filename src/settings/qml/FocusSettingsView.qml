@@ -12,14 +12,14 @@ FocusScope {
     required property bool focusActive
     required property string focusStatusLabel
     required property string permissionSummary
+    required property string permissionHint // beside it, for users of this system; mostly empty
     required property var notices // texts
     required property TextListModel blockedDomains
     required property BlockedApplicationListModel blockedApplications
     required property InstalledApplicationSource installedApplications
     required property bool reduceMotion
-    // The title of website protection's button; empty, and the button is not there, until website protection is attached.
-    property string websiteProtectionTitle: ""
-    property bool websiteBlockingActive: false
+    required property string websiteProtectionTitle // of its button
+    required property bool websiteBlockingActive
     property bool dark: desktopPalette.window.hslLightness < 0.5
 
     // The sheet that is open, by its identity: "domain", "application", or none.
@@ -59,10 +59,7 @@ FocusScope {
 
     // The keyboard goes round: the gold button, then each plus and what can be removed.
     function focusFirst(reason: int) {
-        if (permissions.protectionButton.visible)
-            view.focusProtection(reason)
-        else
-            websites.focusFirst(reason)
+        view.focusProtection(reason)
     }
 
     focus: true
@@ -186,6 +183,7 @@ FocusScope {
                 width: sections.width
                 style: pageStyle
                 permissionSummary: view.permissionSummary
+                permissionHint: view.permissionHint
                 notices: view.notices
                 websiteProtectionTitle: view.websiteProtectionTitle
                 websiteBlockingActive: view.websiteBlockingActive
@@ -209,12 +207,7 @@ FocusScope {
                 onAdd: view.openEditor("domain")
                 onRemove: item => view.domainRemoved(item)
                 onLeftForward: applications.focusFirst(Qt.TabFocusReason)
-                onLeftBackward: {
-                    if (permissions.protectionButton.visible)
-                        view.focusProtection(Qt.BacktabFocusReason)
-                    else
-                        applications.focusLast(Qt.BacktabFocusReason)
-                }
+                onLeftBackward: view.focusProtection(Qt.BacktabFocusReason)
                 onRevealRequested: (y, height) => view.reveal(sections.y + websites.y + y, height)
             }
 

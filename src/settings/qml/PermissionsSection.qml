@@ -2,15 +2,16 @@ pragma ComponentBehavior: Bound
 import QtQuick
 
 /*
- * What the program may do, and what it last said: one line, and further ones that it has to tell. The button for website
- * protection stands beside them once there is website protection to ask for; until then there is nothing to press.
+ * What the program may do, and what it last said: one line, and further ones that it has to tell. Beside them stands the
+ * button for website protection.
  */
 GlassSection {
     id: section
 
     required property string permissionSummary
+    required property string permissionHint // mostly empty
     required property var notices // texts
-    required property string websiteProtectionTitle // empty where there is none
+    required property string websiteProtectionTitle
     required property bool websiteBlockingActive
     readonly property alias protectionButton: protectionButton
 
@@ -18,12 +19,12 @@ GlassSection {
 
     Item {
         width: parent?.width ?? 0
-        height: Math.max(lines.height, protectionButton.visible ? protectionButton.height : 0)
+        height: Math.max(lines.height, protectionButton.height)
 
         Column {
             id: lines
 
-            anchors { left: parent.left; right: protectionButton.visible ? protectionButton.left : parent.right; rightMargin: protectionButton.visible ? 16 : 0; verticalCenter: parent.verticalCenter }
+            anchors { left: parent.left; right: protectionButton.left; rightMargin: 16; verticalCenter: parent.verticalCenter }
             spacing: 4
 
             HeadlineText {
@@ -41,6 +42,16 @@ GlassSection {
                 color: section.style.secondaryText
                 wrapMode: Text.Wrap
             }
+
+            StyledText {
+                objectName: "permissionHint"
+                width: lines.width
+                visible: text !== ""
+                style: section.style
+                text: section.permissionHint
+                color: section.style.secondaryText
+                wrapMode: Text.Wrap
+            }
         }
 
         ProminentButton {
@@ -49,7 +60,6 @@ GlassSection {
             objectName: "websiteProtection"
             anchors { right: parent.right; verticalCenter: parent.verticalCenter }
             width: Math.min(implicitWidth, Math.round(parent.width * 0.62))
-            visible: section.websiteProtectionTitle !== ""
             style: section.style
             text: section.websiteProtectionTitle
             blockingActive: section.websiteBlockingActive

@@ -90,6 +90,9 @@ class Network:
         for process in reversed(self.processes):
             process.kill()
             process.wait()
+            if process.stdout:
+                process.stdout.close()
+        run("ip", "link", "delete", "cable")  # which else goes only some time after the other machine
         self.folder.cleanup()
 
     def _start(self, *command, **options):
@@ -131,8 +134,8 @@ class Network:
 
     # The daemon
 
-    def start(self):
-        self.daemon = subprocess.Popen([Path(os.environ["ORVANTA_BIN"], "orvanta-filterd")], env={**os.environ, "STATE_DIRECTORY": str(self.state)})
+    def start(self, program=Path(os.environ["ORVANTA_BIN"], "orvanta-filterd")):
+        self.daemon = subprocess.Popen([program], env={**os.environ, "STATE_DIRECTORY": str(self.state)})
         until(self._is_on_the_bus, "the daemon on the bus")
 
     def _is_on_the_bus(self):
@@ -147,7 +150,11 @@ class Network:
             self.daemon = None
 
     def call(self, method, arguments=None):
-        return self.bus.call_sync(NAME, PATH, INTERFACE, method, arguments, None, 0, 60000, None).unpack()
+        try:
+            return self.bus.call_sync(NAME, PATH, INTERFACE, method, arguments, None, 0, 60000, None).unpack()
+        except GLib.Error:
+            assert self.daemon is None or self.daemon.poll() is None, f"the daemon ended with {self.daemon.returncode}"
+            raise
 
     def activate(self):
         return self.call("Activate", GLib.Variant("(s)", (NAME,)))[0]

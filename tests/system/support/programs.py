@@ -124,16 +124,17 @@ def encoded_lists(applications=(), domains=()):
 
 
 class Application(Process):
-    """orvanta-focus, with a synced folder and settings of its own unless it is given some. `prefix` is a command that
-    starts it."""
+    """orvanta-focus, with a synced folder and settings of its own unless it is given some. `program` is another copy of it,
+    `prefix` a command that starts it."""
 
-    def __init__(self, *arguments, origin="http://127.0.0.1:9", applications=(), domains=(), environment=None, synced=None, config=None, prefix=()):
+    def __init__(self, *arguments, origin="http://127.0.0.1:9", applications=(), domains=(), environment=None, synced=None, config=None,
+                 program=BIN / "orvanta-focus", prefix=()):
         self.synced = Path(synced or scratch("synced"))
         self.config = Path(config or scratch("config"))
         if applications or domains:
             self.write_lists(applications, domains)
         own = {"ORVANTA_CLOUD_DIRECTORY": str(self.synced), "ORVANTA_SERVICE_ORIGIN": origin, "XDG_CONFIG_HOME": str(self.config)}
-        super().__init__([*prefix, BIN / "orvanta-focus", *arguments], {**own, **(environment or {})})
+        super().__init__([*prefix, program, *arguments], {**own, **(environment or {})})
 
     @property
     def synced_file(self):

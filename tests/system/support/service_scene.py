@@ -10,7 +10,7 @@ BLOCKED_NAME = "The terminal"
 OTHER_TEXTS = {
     "", BLOCKED_NAME, "Orvanta Focus", "Focus inactive", "Permissions", "Blocked websites", "No websites blocked", "Blocked applications",
     "No applications blocked", "orvanta-focus", CONNECTED, "Setup required", KEY_REQUIRED, "Remove", "Add to blocked websites",
-    "Add to blocked applications", XTERM[0],
+    "Add to blocked applications", "Activate website protection", XTERM[0],
 }
 
 

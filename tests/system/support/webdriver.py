@@ -1,4 +1,4 @@
-"""A browser without a window, driven as a person would: by addresses, clicks and typing."""
+"""A browser, driven as a person would: by addresses, clicks and typing."""
 import base64
 import json
 import re
@@ -13,14 +13,23 @@ _ELEMENT = "element-6066-11e4-a52e-4f735466cecf"
 
 
 class Browser:
-    def __init__(self):
+    """Without a window unless one is asked for. `hosts` are addresses that it takes for names, which may hold a "*"; whatever
+    certificate they show is good."""
+
+    def __init__(self, headless=True, hosts=None):
         self.driver = Process(["chromedriver", "--port=0"])
         started = r"started successfully on port (\d+)"
         until(lambda: re.search(started, self.driver.output), lambda: f"the driver listens\n{self.driver.output}")
         self.base = f"http://127.0.0.1:{re.search(started, self.driver.output)[1]}"
-        arguments = ["--headless=new", "--window-size=1100,900", *CHROMIUM, f"--user-data-dir={scratch('headless')}"]
+        arguments = ["--window-size=1100,900", *CHROMIUM, f"--user-data-dir={scratch('driven')}"]
+        if headless:
+            arguments.append("--headless=new")
+        if hosts:
+            rules = ", ".join(f"MAP {name} {address}" for name, address in hosts.items())
+            arguments += [f"--host-resolver-rules={rules}", "--ignore-certificate-errors"]
         answer = self._call("POST", "/session", {"capabilities": {"alwaysMatch": {"goog:chromeOptions": {"args": arguments}}}})
         self.base += f"/session/{answer['sessionId']}"
+        self.debugger = answer["capabilities"]["goog:chromeOptions"]["debuggerAddress"]
 
     def _call(self, method, path, body=None):
         data = None if body is None else json.dumps(body).encode()
@@ -30,6 +39,23 @@ class Browser:
 
     def go(self, url):
         self._call("POST", "/url", {"url": url})
+
+    def error_of(self, url):
+        """What the browser says of an address that does not load."""
+        try:
+            self.go(url)
+        except urllib.error.HTTPError as error:
+            return json.load(error)["value"]["message"]
+        raise AssertionError(f"{url} loads")
+
+    def opener(self):
+        """A command that opens the address after it in a new tab."""
+        return f"curl --silent --request PUT http://{self.debugger}/json/new?"
+
+    def addresses(self):
+        """What its tabs show."""
+        targets = self._call("POST", "/goog/cdp/execute", {"cmd": "Target.getTargets", "params": {}})["targetInfos"]
+        return [target["url"] for target in targets if target["type"] == "page"]
 
     @property
     def url(self):

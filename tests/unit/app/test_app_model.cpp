@@ -4,22 +4,27 @@
 #include "support/fake_activation_monitor.h"
 #include "support/fake_activity_sources.h"
 #include "support/fake_cloud_store.h"
+#include "support/fake_dns_proxy_manager.h"
+#include "support/fake_extension_manager.h"
+#include "support/fake_filter_manager.h"
 #include "support/fake_key_value_store.h"
 #include "support/fake_overlay_panels.h"
 #include "support/fake_running_applications.h"
 #include "support/fake_screens.h"
 #include "support/fake_secret_store.h"
 #include "support/fake_system_focus.h"
+#include "support/fake_system_notifications.h"
+#include "support/fake_url_opener.h"
 #include "support/fake_url_session.h"
 #include "support/logged_stores.h"
 
+#include <QRegularExpression>
 #include <QSignalSpy>
 #include <QTest>
 
 #include <atomic>
 
 using namespace orvanta;
-using namespace orvanta::testing;
 using namespace orvanta::testing;
 using namespace std::chrono_literals;
 using namespace Qt::StringLiterals;
@@ -28,6 +33,7 @@ namespace {
 
 const QString domainsKey = u"blockedDomains"_s;
 const QString applicationsKey = u"blockedApplications"_s;
+const QString extensionAsked = u"extension.requestProperties com.orvanta.focus.OrvantaFocusDNSProxy"_s;
 const QString readKey = u"secrets.read com.orvanta.focus orvanta-api-key"_s;
 const BlockedApplication editor { u"org.example.Editor.desktop"_s, u"Editor"_s };
 
@@ -68,6 +74,11 @@ struct House {
                                                .overlayPanels = panels,
                                                .runningApplications = running,
                                                .activationMonitor = loggedActivations,
+                                               .extensionManager = extension,
+                                               .filterManager = filter,
+                                               .dnsProxyManager = dnsProxy,
+                                               .systemNotifications = notifications,
+                                               .urlOpener = urlOpener,
                                                .systemFocus = systemFocus,
                                                .urlSession = session,
                                                .activitySources =
@@ -76,12 +87,33 @@ struct House {
                                                        return activity.sources();
                                                    },
                                                .service = *ServiceConfiguration::make(u"https://service.example"_s, std::nullopt),
+                                               .statusHint = [](const QString& status) { return u"about: "_s + status; },
                                                .pollPause = 1ms,
                                                .systemFocusPause = 1ms },
             QStringList { u"orvanta-focus"_s } + arguments, notices);
     }
 
     void storeKey(const QByteArray& key = "key-1") { secrets.items[{ u"com.orvanta.focus"_s, u"orvanta-api-key"_s }] = key; }
+
+    /// Lets every look at the extension and at what is saved find it installed.
+    void findInstalled()
+    {
+        while (extension.pendingProperties() > 0)
+            extension.find({ { .isEnabled = true } });
+        QCoreApplication::processEvents();
+    }
+
+    /// Lets what is being loaded and saved come to its end.
+    void settle()
+    {
+        while (filter.pendingLoads() + filter.pendingSaves() > 0) {
+            if (filter.pendingLoads() > 0)
+                filter.releaseLoad();
+            else
+                filter.releaseSave();
+            QCoreApplication::processEvents();
+        }
+    }
 
     /// Answers the poll that waits, and waits until the model has taken the answer and asks again.
     void poll(int status, const QByteArray& body)
@@ -105,6 +137,11 @@ struct House {
     FakeRunningApplications running { quiet };
     FakeActivationMonitor activations;
     LoggedActivationMonitor loggedActivations { activations, log };
+    FakeExtensionManager extension { log };
+    FakeFilterManager filter { log };
+    FakeDnsProxyManager dnsProxy { log };
+    FakeSystemNotifications notifications { log };
+    FakeUrlOpener urlOpener;
     FakeSystemFocus systemFocus { log };
     FakeUrlSession session;
     ActivityScene activity;        ///< of the tracker's thread alone, once the model is there
@@ -130,11 +167,12 @@ private Q_SLOTS:
         const QString applications = QString::fromUtf8(json({ editor }));
         QCOMPARE(house.log.take(),
             QStringList({
-                u"defaults.value blockedDomains"_s, u"cloud.synchronise"_s, u"cloud.value blockedDomains"_s, u"defaults.value blockedApplications"_s,
-                u"cloud.value blockedApplications"_s, u"activations.observe"_s, u"defaults.setValue blockedDomains [a.example]"_s,
-                u"defaults.setValue blockedApplications "_s + applications, u"cloud.setValue blockedApplications "_s + applications,
-                u"cloud.setValue blockedDomains [a.example]"_s, u"cloud.synchronise"_s, u"cloud.observeExternalChanges"_s,
-                u"systemFocus.requestNotificationPermission"_s,
+                extensionAsked, u"filter.load"_s, u"dnsProxy.load"_s, u"defaults.value blockedDomains"_s, u"cloud.synchronise"_s,
+                u"cloud.value blockedDomains"_s, u"defaults.value blockedApplications"_s, u"cloud.value blockedApplications"_s,
+                u"activations.observe"_s, u"notifications.observe com.orvanta.focus.blocked-domain-attempt"_s, extensionAsked, u"filter.load"_s,
+                u"defaults.setValue blockedDomains [a.example]"_s, u"defaults.setValue blockedApplications "_s + applications,
+                u"cloud.setValue blockedApplications "_s + applications, u"cloud.setValue blockedDomains [a.example]"_s, u"cloud.synchronise"_s,
+                u"cloud.observeExternalChanges"_s, u"systemFocus.requestNotificationPermission"_s,
                 readKey, // the tracker's
                 readKey, // the polling's
             }));
@@ -244,7 +282,8 @@ private Q_SLOTS:
         house.start({ u"--ui-test"_s });
         QCOMPARE(house.model->blockedDomains(), QStringList());
         QVERIFY(house.model->blockedApplications().empty());
-        QCOMPARE(house.log.calls.mid(0, 2), QStringList({ u"defaults.remove blockedDomains"_s, u"defaults.remove blockedApplications"_s }));
+        QCOMPARE(house.log.calls.filter(u"defaults."_s).mid(0, 2),
+            QStringList({ u"defaults.remove blockedDomains"_s, u"defaults.remove blockedApplications"_s }));
         house.model->addDomain(u"b.example"_s);
         house.model->addApplication(editor.bundleIdentifier, editor.displayName);
         QVERIFY(house.log.calls.filter(u"cloud."_s).isEmpty());
@@ -512,6 +551,135 @@ private Q_SLOTS:
         QCoreApplication::processEvents();
         QVERIFY(house.session.requests().empty());
         QCOMPARE(house.log.calls.count(readKey), 2);
+    }
+
+    // Website protection
+
+    void websiteProtectionBeginsAsNotActivated()
+    {
+        House house;
+        house.start();
+        QCOMPARE(house.model->websiteProtectionState(), WebsiteProtectionState::needsActivation);
+        QCOMPARE(house.model->websiteProtectionTitle(), u"Activate website protection"_s);
+        QVERIFY(!house.model->websiteBlockingActive());
+    }
+
+    void theUserActivatesWebsiteProtection()
+    {
+        House house;
+        house.defaults.values[domainsKey] = QStringList { u"a.example"_s };
+        house.start();
+        house.settle();
+        QSignalSpy changed(house.model.get(), &AppModel::websiteProtectionStateChanged);
+        house.model->activateWebsiteProtection();
+        QCOMPARE(house.model->permissionSummary(), u"Requesting website protection"_s);
+        house.extension.finish(ActivationResult::completed);
+        QCoreApplication::processEvents();
+        QCOMPARE(house.model->permissionSummary(), u"Website protection installed"_s);
+        house.settle();
+        QCOMPARE(house.model->permissionSummary(), u"Website protection ready"_s);
+        QCOMPARE(house.model->websiteProtectionTitle(), u"Website protection ready"_s);
+        QCOMPARE(house.filter.attempts().back().providerConfiguration->vendorConfiguration,
+            (QVariantMap { { domainsKey, QStringList { u"a.example"_s } } }));
+        QVERIFY(!house.filter.attempts().back().isEnabled);
+        QCOMPARE(changed.size(), 1);
+    }
+
+    void outsideItsPlaceWebsiteProtectionIsRefused()
+    {
+        House house;
+        house.extension.bundlePath = u"/home/someone/build/bin/orvanta-focus"_s;
+        house.start();
+        house.model->activateWebsiteProtection();
+        QCOMPARE(house.model->permissionSummary(), u"Install Orvanta Focus in Applications first"_s);
+        QCOMPARE(house.model->permissionHint(), u"about: Install Orvanta Focus in Applications first"_s);
+        QCOMPARE(house.extension.pendingActivations(), 0U);
+    }
+
+    void websitesAreBlockedExactlyWhileFocusIsActive()
+    {
+        House house;
+        house.defaults.values[domainsKey] = QStringList { u"a.example"_s };
+        house.start();
+        house.findInstalled();
+        house.settle();
+        (void)house.log.take();
+        house.model->systemFocusChanged(true);
+        house.settle();
+        QCOMPARE(house.log.take(), QStringList({ u"filter.load"_s, u"filter.save enabled [a.example]"_s }));
+        QCOMPARE(house.model->websiteProtectionTitle(), u"Blocking Active"_s);
+        QVERIFY(house.model->websiteBlockingActive());
+        house.model->systemFocusChanged(true); // no change, no pass
+        QCOMPARE(house.log.take(), QStringList());
+        house.model->systemFocusChanged(false);
+        QVERIFY(!house.model->websiteBlockingActive()); // at once, before anything is saved
+        house.settle();
+        QCOMPARE(house.log.take(), QStringList({ u"filter.load"_s, u"filter.save disabled [a.example]"_s }));
+    }
+
+    void thePollsAnswerReachesWebsiteProtectionToo()
+    {
+        House house;
+        house.storeKey();
+        house.start();
+        house.findInstalled();
+        house.settle();
+        house.poll(200, focusState(true));
+        house.settle();
+        QVERIFY(house.filter.saved.isEnabled);
+        house.poll(200, focusState(false));
+        house.settle();
+        QVERIFY(!house.filter.saved.isEnabled);
+    }
+
+    void anEditReachesTheFilterBetweenTheTwoLists()
+    {
+        House house;
+        house.start();
+        house.findInstalled();
+        house.settle();
+        (void)house.log.take();
+        house.model->addDomain(u"news.example"_s);
+        QCOMPARE(house.log.take(),
+            QStringList({ u"defaults.setValue blockedDomains [news.example]"_s, u"filter.load"_s, u"defaults.setValue blockedApplications []"_s,
+                u"cloud.setValue blockedApplications []"_s, u"cloud.setValue blockedDomains [news.example]"_s, u"cloud.synchronise"_s }));
+        house.settle();
+        QCOMPARE(house.log.take(), QStringList({ u"filter.save disabled [news.example]"_s }));
+    }
+
+    void aChangeFromElsewhereReachesTheFilterAfterBothLists()
+    {
+        House house;
+        house.start();
+        house.findInstalled();
+        house.settle();
+        (void)house.log.take();
+        house.cloud.sendFromElsewhere(domainsKey, QStringList { u"far.example"_s });
+        house.cloud.deliver();
+        QTRY_COMPARE(house.model->blockedDomains(), QStringList { u"far.example"_s });
+        QCOMPARE(house.log.take().filter(QRegularExpression(u"^(defaults.set|filter)"_s)),
+            QStringList({ u"defaults.setValue blockedDomains [far.example]"_s, u"defaults.setValue blockedApplications []"_s, u"filter.load"_s }));
+        house.settle();
+        QCOMPARE(house.log.take(), QStringList({ u"filter.save disabled [far.example]"_s }));
+    }
+
+    void aRefusedWebsiteOpensTheServicesPage()
+    {
+        House house;
+        house.start();
+        house.running.start({ .bundleIdentifier = u"org.mozilla.firefox"_s, .localizedName = u"Firefox"_s });
+        house.notifications.post(u"com.orvanta.focus.blocked-domain-attempt"_s);
+        QTRY_COMPARE(house.urlOpener.opened, QList<QUrl> { QUrl(u"https://service.example/focus/blocked"_s) });
+    }
+
+    void theConfigurationOfEarlierVersionsIsRemoved()
+    {
+        House house;
+        house.dnsProxy.saved.providerProtocol = { u"com.orvanta.focus.OrvantaFocusDNSProxy"_s };
+        house.start();
+        (void)house.log.take();
+        house.dnsProxy.releaseLoad();
+        QCOMPARE(house.log.take(), QStringList { u"dnsProxy.remove"_s });
     }
 
     // The two sources of focus

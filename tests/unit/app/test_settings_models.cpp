@@ -6,16 +6,20 @@
 #include "support/fake_application_directory.h"
 #include "support/fake_application_folders.h"
 #include "support/fake_cloud_store.h"
+#include "support/fake_dns_proxy_manager.h"
+#include "support/fake_extension_manager.h"
+#include "support/fake_filter_manager.h"
 #include "support/fake_key_value_store.h"
 #include "support/fake_overlay_panels.h"
 #include "support/fake_running_applications.h"
 #include "support/fake_screens.h"
 #include "support/fake_secret_store.h"
 #include "support/fake_system_focus.h"
+#include "support/fake_system_notifications.h"
+#include "support/fake_url_opener.h"
 #include "support/fake_url_session.h"
 
 #include <QQmlEngine>
-#include <QSignalSpy>
 #include <QTest>
 
 using namespace orvanta;
@@ -43,6 +47,11 @@ struct House {
     FakeOverlayPanels panels { log };
     FakeRunningApplications running { log };
     FakeActivationMonitor activations;
+    FakeExtensionManager extension { log };
+    FakeFilterManager filter { log };
+    FakeDnsProxyManager dnsProxy { log };
+    FakeSystemNotifications notifications { log };
+    FakeUrlOpener urlOpener;
     FakeSystemFocus systemFocus { log };
     FakeUrlSession session;
     AppModel model { { .defaults = defaults,
@@ -52,6 +61,11 @@ struct House {
                          .overlayPanels = panels,
                          .runningApplications = running,
                          .activationMonitor = activations,
+                         .extensionManager = extension,
+                         .filterManager = filter,
+                         .dnsProxyManager = dnsProxy,
+                         .systemNotifications = notifications,
+                         .urlOpener = urlOpener,
                          .systemFocus = systemFocus,
                          .urlSession = session,
                          .activitySources = [] { return ActivitySources {}; }, // no key, no tracker
@@ -132,22 +146,6 @@ private Q_SLOTS:
         House house;
         const SettingsModels settings(house.model, house.engine, house.folders, house.directory);
         QVERIFY(house.engine.imageProvider(u"application-icon"_s));
-    }
-
-    void websiteProtectionIsShownOnceItIsAttached()
-    {
-        House house;
-        QSignalSpy changed(&house.model, &AppModel::websiteProtectionStateChanged);
-        QVERIFY(!house.model.websiteProtectionState());
-        QCOMPARE(house.model.websiteProtectionTitle(), QString());
-        QVERIFY(!house.model.websiteBlockingActive());
-        house.model.setWebsiteProtectionState(WebsiteProtectionState::needsActivation);
-        QCOMPARE(house.model.websiteProtectionTitle(), u"Activate website protection"_s);
-        house.model.setWebsiteProtectionState(WebsiteProtectionState::blockingActive);
-        house.model.setWebsiteProtectionState(WebsiteProtectionState::blockingActive);
-        QCOMPARE(house.model.websiteProtectionTitle(), u"Blocking Active"_s);
-        QVERIFY(house.model.websiteBlockingActive());
-        QCOMPARE(changed.size(), 2);
     }
 };
 

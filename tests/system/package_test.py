@@ -1,0 +1,76 @@
+"""The Debian package, made of this build, installed into a folder and removed from it."""
+import os
+import subprocess
+import tempfile
+import unittest
+from pathlib import Path
+
+BUILD = Path(os.environ["ORVANTA_BIN"]).parent
+
+
+def run(*command, **options):
+    return subprocess.run(command, check=True, capture_output=True, text=True, **options).stdout
+
+
+class Package(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        folder = tempfile.TemporaryDirectory(prefix="orvanta-package-")
+        cls.addClassCleanup(folder.cleanup)
+        run("cpack", "--config", BUILD / "CPackConfig.cmake", "-B", folder.name)
+        cls.package = next(Path(folder.name).glob("*.deb"))
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory(prefix="orvanta-root-")
+        self.addCleanup(folder.cleanup)
+        self.root = Path(folder.name)
+        (self.root / "var/lib/dpkg").mkdir(parents=True)
+        (self.root / "etc").mkdir()
+        (self.root / "var/lib/dpkg/status").touch()
+
+    def dpkg(self, *arguments):
+        run("dpkg", f"--root={self.root}", "--force-script-chrootless", "--force-depends", "--log=/dev/null", *arguments)
+
+    def files(self):
+        """What stands there, beside dpkg's own records and what making a user leaves."""
+        found = {path.relative_to(self.root).as_posix() for path in self.root.rglob("*") if not path.is_dir()}
+        return {name for name in found if not name.startswith(("var/lib/dpkg/", "var/cache/", "etc/"))}
+
+    def test_it_brings_everything_and_takes_everything_away(self):
+        self.dpkg("--install", self.package)
+        files = self.files()
+        for name in ("bin/orvanta-focus", "bin/orvanta-harness", "bin/orvanta-service", "libexec/orvanta-filterd",
+                     "share/applications/com.orvanta.Focus.desktop", "share/dbus-1/system.d/com.orvanta.focus.OrvantaFocusDNSProxy.conf",
+                     "share/dbus-1/system-services/com.orvanta.focus.OrvantaFocusDNSProxy.service",
+                     "share/polkit-1/actions/com.orvanta.focus.filter.policy", "lib/systemd/system/orvanta-filterd.service",
+                     "lib/systemd/user/orvanta-harness.service", "lib/sysusers.d/orvanta-filterd.conf"):
+            self.assertIn(f"usr/{name}", files)
+        self.assertEqual((self.root / "usr/share/orvanta-focus/prefix").read_text(), "/usr\n")
+        self.assertIn("orvanta-filter:", (self.root / "etc/passwd").read_text())
+        for name in ("lib/systemd/system/orvanta-filterd.service", "share/dbus-1/system-services/com.orvanta.focus.OrvantaFocusDNSProxy.service"):
+            self.assertIn("=/usr/libexec/orvanta-filterd\n", (self.root / "usr" / name).read_text())
+
+        state = self.root / "var/lib/orvanta-focus"
+        state.mkdir()
+        (state / "state").touch()
+        self.dpkg("--remove", "orvanta-focus")
+        self.assertEqual(self.files(), {"var/lib/orvanta-focus/state"})
+        self.dpkg("--purge", "orvanta-focus")
+        self.assertEqual(self.files(), set())
+
+    def test_an_upgrade_keeps_what_is_stored(self):
+        self.dpkg("--install", self.package)
+        state = self.root / "var/lib/orvanta-focus/state"
+        state.parent.mkdir()
+        state.write_text("kept")
+        self.dpkg("--install", self.package)
+        self.assertEqual(state.read_text(), "kept")
+
+    def test_it_names_what_it_needs(self):
+        needed = run("dpkg-deb", "--field", self.package, "Depends")
+        for name in ("libqt6quick6", "libnftables1", "libnetfilter-queue1", "libsystemd0", "qml6-module-qtquick", "polkitd"):
+            self.assertIn(name, needed)
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)
