@@ -2,8 +2,6 @@
 # managed as on a Mac: there is no ARC here.
 
 set(CMAKE_OBJCXX_COMPILER "${MAC_CLANG}")
-set(CMAKE_OBJCXX_STANDARD 23)
-set(CMAKE_OBJCXX_STANDARD_REQUIRED ON)
 enable_language(OBJCXX)
 
 find_path(GNUSTEP_HEADERS Foundation/Foundation.h PATHS /usr/include/GNUstep NO_DEFAULT_PATH REQUIRED)

@@ -17,7 +17,7 @@ set(mac_qt "${QT6_INSTALL_PREFIX}/${QT6_INSTALL_HEADERS}")
 # The libraries that are headers alone or plain C, apart from everything else that stands beside them.
 set(mac_headers "${CMAKE_CURRENT_BINARY_DIR}/headers")
 file(MAKE_DIRECTORY "${mac_headers}")
-foreach(header nlohmann expat.h expat_external.h)
+foreach(header nlohmann expat.h expat_external.h microhttpd.h sqlite3.h)
   find_path(folder "${header}" PATHS /usr/include NO_CACHE REQUIRED)
   file(CREATE_LINK "${folder}/${header}" "${mac_headers}/${header}" SYMBOLIC)
   unset(folder)
@@ -28,7 +28,7 @@ get_target_property(mac_definitions orvanta_warnings INTERFACE_COMPILE_DEFINITIO
 list(TRANSFORM mac_definitions PREPEND -D)
 
 set(MAC_FLAGS
-  -target arm64-apple-macos14 -std=c++23 -O1
+  -target arm64-apple-macos14 -std=c++23
   -nostdinc -nostdinc++
   -isystem "${mac_libcxx}" -isystem "${mac_resources}/include" -isystem "${mac_declarations}/c" -isystem "${MAC_LIBC}"
   -isystem "${mac_declarations}/foundation" -isystem "${mac_declarations}/frameworks" -isystem "${mac_headers}"
@@ -41,14 +41,25 @@ set(MAC_OBJECTIVE_FLAGS
   -x objective-c++ -fobjc-arc -fblocks
   -Wnullable-to-nonnull-conversion -Wstrict-selector-match -Wobjc-missing-super-calls -Wundeclared-selector)
 
-# mach_object(OBJECT SOURCE [FLAGS…]): the command that makes one object.
-function(mach_object object source)
+# mach_prefix(PREFIX [FLAGS…]): what nearly every source reads, compiled once for all that have the same flags.
+function(mach_prefix prefix)
+  list(TRANSFORM ARGN REPLACE "^objective-c..$" "objective-c++-header" OUTPUT_VARIABLE flags)
+  add_custom_command(OUTPUT "${prefix}"
+    COMMAND "${MAC_CLANG}" ${MAC_FLAGS} -x c++-header ${flags} -MD -MF "${prefix}.d" "${CMAKE_CURRENT_SOURCE_DIR}/mac_prefix.h" -o "${prefix}"
+    DEPENDS mac_prefix.h
+    DEPFILE "${prefix}.d"
+    COMMENT "For a Mac: ${prefix}"
+    VERBATIM)
+endfunction()
+
+# mach_object(OBJECT SOURCE PREFIX [FLAGS…]): the command that makes one object, warnings being errors.
+function(mach_object object source prefix)
   cmake_path(GET object PARENT_PATH folder)
   file(MAKE_DIRECTORY "${folder}")
   cmake_path(RELATIVE_PATH source BASE_DIRECTORY "${CMAKE_SOURCE_DIR}" OUTPUT_VARIABLE name)
   add_custom_command(OUTPUT "${object}"
-    COMMAND ${CMAKE_CXX_COMPILER_LAUNCHER} "${MAC_CLANG}" ${MAC_FLAGS} ${ARGN} -MD -MF "${object}.d" -c "${source}" -o "${object}"
-    DEPENDS "${source}"
+    COMMAND "${MAC_CLANG}" ${MAC_FLAGS} ${ARGN} -include-pch "${prefix}" -MD -MF "${object}.d" -c "${source}" -o "${object}"
+    DEPENDS "${source}" "${prefix}"
     DEPFILE "${object}.d"
     COMMENT "For a Mac: ${name}"
     VERBATIM)
