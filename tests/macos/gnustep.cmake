@@ -41,9 +41,12 @@ orvanta_test(test_macos_stores SOURCES gnustep/test_macos_stores.cpp
   LIBRARIES macos_on_gnustep LABELS macos ENVIRONMENT ${defaults})
 orvanta_test(test_macos_workspace SOURCES gnustep/test_macos_workspace.cpp
     ${contracts}/activation_monitor_contract.h ${contracts}/motion_preference_contract.h
-    ${contracts}/running_applications_contract.h ${contracts}/screens_contract.h
+    ${contracts}/running_applications_contract.h ${contracts}/screens_contract.h ${contracts}/url_opener_contract.h
   LIBRARIES macos_on_gnustep LABELS macos ENVIRONMENT ${defaults})
-orvanta_test(test_macos_website SOURCES gnustep/test_macos_website.cpp LIBRARIES macos_on_gnustep LABELS macos ENVIRONMENT ${defaults})
+orvanta_test(test_macos_website SOURCES gnustep/test_macos_website.cpp
+    ${contracts}/dns_proxy_manager_contract.h ${contracts}/extension_manager_contract.h
+    ${contracts}/filter_manager_contract.h ${contracts}/system_notifications_contract.h
+  LIBRARIES macos_on_gnustep LABELS macos ENVIRONMENT ${defaults})
 orvanta_test(test_macos_sampling SOURCES gnustep/test_macos_sampling.cpp
     ${contracts}/idle_source_contract.h ${contracts}/process_lister_contract.h ${contracts}/system_focus_contract.h
   LIBRARIES macos_on_gnustep LABELS macos ENVIRONMENT ${defaults})

@@ -16,7 +16,8 @@ namespace orvanta {
 // Values of Foundation's as ours, and the other way round. Texts keep every code unit, also unpaired surrogates and zeros.
 
 [[nodiscard]] NSString* toNSString(const QString& text);
-[[nodiscard]] QString toQString(NSString* text); ///< empty for nil
+[[nodiscard]] NSString* toOptionalNSString(const std::optional<QString>& text); ///< nil for none
+[[nodiscard]] QString toQString(NSString* text);                                ///< empty for nil
 [[nodiscard]] std::optional<QString> toText(NSString* text);
 [[nodiscard]] std::optional<QString> toText(id value); ///< absent for anything but a text
 

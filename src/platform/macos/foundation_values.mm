@@ -9,6 +9,11 @@ NSString* toNSString(const QString& text)
     return [NSString stringWithCharacters:reinterpret_cast<const unichar*>(text.utf16()) length:static_cast<NSUInteger>(text.size())];
 }
 
+NSString* toOptionalNSString(const std::optional<QString>& text)
+{
+    return text ? toNSString(*text) : nil;
+}
+
 QString toQString(NSString* text)
 {
     QString result(static_cast<qsizetype>(text.length), Qt::Uninitialized);

@@ -11,31 +11,33 @@ namespace {
 FilterConfiguration read(NEFilterManager* manager)
 {
     FilterConfiguration configuration;
-    if (NEFilterProviderConfiguration* provider = manager.providerConfiguration) {
-        configuration.providerConfiguration = FilterProviderConfiguration { .filterSockets = static_cast<bool>(provider.filterSockets),
-            .filterDataProviderBundleIdentifier = toText(provider.filterDataProviderBundleIdentifier),
-            .vendorConfiguration = toQVariantMap(provider.vendorConfiguration) };
-    }
     configuration.localizedDescription = toText(manager.localizedDescription);
-    configuration.grade = manager.grade == NEFilterManagerGradeFirewall ? FilterGrade::firewall : FilterGrade::inspector;
     configuration.isEnabled = manager.isEnabled;
+    NEFilterProviderConfiguration* provider = manager.providerConfiguration;
+    if (!provider)
+        return configuration; // nothing is saved; a manager has a grade all the same
+    configuration.providerConfiguration = FilterProviderConfiguration { .filterSockets = static_cast<bool>(provider.filterSockets),
+        .filterDataProviderBundleIdentifier = toText(provider.filterDataProviderBundleIdentifier),
+        .vendorConfiguration = toQVariantMap(provider.vendorConfiguration) };
+    configuration.grade = manager.grade == NEFilterManagerGradeFirewall ? FilterGrade::firewall : FilterGrade::inspector;
     return configuration;
+}
+
+/// What the manager has already is changed in place.
+NEFilterProviderConfiguration* changed(NEFilterProviderConfiguration* existing, const FilterProviderConfiguration& wanted)
+{
+    NEFilterProviderConfiguration* provider = existing ? existing : [[NEFilterProviderConfiguration alloc] init];
+    provider.filterSockets = wanted.filterSockets;
+    provider.filterDataProviderBundleIdentifier = toOptionalNSString(wanted.filterDataProviderBundleIdentifier);
+    provider.vendorConfiguration = toNSDictionary(wanted.vendorConfiguration);
+    return provider;
 }
 
 void write(const FilterConfiguration& configuration, NEFilterManager* manager)
 {
-    if (const auto& wanted = configuration.providerConfiguration) {
-        NEFilterProviderConfiguration* provider = manager.providerConfiguration;
-        if (!provider)
-            provider = [[NEFilterProviderConfiguration alloc] init];
-        provider.filterSockets = wanted->filterSockets;
-        if (const auto& identifier = wanted->filterDataProviderBundleIdentifier)
-            provider.filterDataProviderBundleIdentifier = toNSString(*identifier);
-        provider.vendorConfiguration = toNSDictionary(wanted->vendorConfiguration);
-        manager.providerConfiguration = provider; // what the manager gave may have been a copy
-    }
-    if (const auto& description = configuration.localizedDescription)
-        manager.localizedDescription = toNSString(*description);
+    const auto& provider = configuration.providerConfiguration;
+    manager.providerConfiguration = provider ? changed(manager.providerConfiguration, *provider) : nil; // what it had may have been a copy
+    manager.localizedDescription = toOptionalNSString(configuration.localizedDescription);
     manager.grade = configuration.grade == FilterGrade::firewall ? NEFilterManagerGradeFirewall : NEFilterManagerGradeInspector;
     manager.enabled = configuration.isEnabled;
 }

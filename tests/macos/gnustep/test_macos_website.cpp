@@ -6,6 +6,10 @@
 #include "platform/macos/network_dns_proxy_manager.h"
 #include "platform/macos/network_filter_manager.h"
 #include "platform/macos/system_extension_manager.h"
+#include "support/contracts/dns_proxy_manager_contract.h"
+#include "support/contracts/extension_manager_contract.h"
+#include "support/contracts/filter_manager_contract.h"
+#include "support/contracts/system_notifications_contract.h"
 
 #include <QCoreApplication>
 #include <QTest>
@@ -41,8 +45,18 @@ FilterConfiguration wanted(bool isEnabled)
 
 } // namespace
 
-class TestNetworkFilterManager : public QObject {
+class TestNetworkFilterManager : public FilterManagerContract {
     Q_OBJECT
+
+    std::unique_ptr<FilterManager> makeManager() override { return std::make_unique<NetworkFilterManager>(); }
+    void prepare() override { m_failure = std::nullopt; }
+    void let(FilterManager& /*manager*/, Saving saving) override
+    {
+        m_failure = saving == Saving::denied ? std::optional(u"permission denied"_s) : std::nullopt;
+    }
+    void settle(FilterManager& /*manager*/) override { mac::settleFilter(m_failure); }
+
+    std::optional<QString> m_failure;
 
     using Loads = std::vector<Result<FilterConfiguration>>;
     using Saves = std::vector<Result<void>>;
@@ -71,7 +85,7 @@ private Q_SLOTS:
         QCOMPARE(saved.grade, 1);
     }
 
-    void whatWasSavedIsLoaded()
+    void aSaveIsReadBackAsItWasWritten()
     {
         NetworkFilterManager manager;
         Saves saves;
@@ -174,7 +188,7 @@ private Q_SLOTS:
         QTRY_COMPARE(saves.size(), std::size_t(1));
     }
 
-    void aManagerThatIsGoneAnswersNothing()
+    void whatIsUnderWayToAManagerThatIsGoneIsDropped()
     {
         auto manager = std::make_unique<NetworkFilterManager>();
         Loads loads;
@@ -189,8 +203,15 @@ private Q_SLOTS:
     }
 };
 
-class TestNetworkDnsProxyManager : public QObject {
+class TestNetworkDnsProxyManager : public DnsProxyManagerContract {
     Q_OBJECT
+
+    std::unique_ptr<DnsProxyManager> makeManager() override { return std::make_unique<NetworkDnsProxyManager>(); }
+    void prepare(const QString& provider) override
+    {
+        mac::saveDnsProxy(provider.isEmpty() ? std::nullopt : std::optional(DnsProxyProviderProtocol { provider }));
+    }
+    void settle(DnsProxyManager& /*manager*/) override { mac::settleDnsProxy(); }
 
     using Loads = std::vector<Result<DnsProxyConfiguration>>;
     using Removals = std::vector<Result<void>>;
@@ -247,7 +268,7 @@ private Q_SLOTS:
         QCOMPARE(loads, Loads({ std::unexpected(PlatformError { u"not now"_s }) }));
     }
 
-    void aManagerThatIsGoneAnswersNothing()
+    void whatIsUnderWayToAManagerThatIsGoneIsDropped()
     {
         auto manager = std::make_unique<NetworkDnsProxyManager>();
         Loads loads;
@@ -262,8 +283,38 @@ private Q_SLOTS:
     }
 };
 
-class TestSystemExtensionManager : public QObject {
+class TestSystemExtensionManager : public ExtensionManagerContract {
     Q_OBJECT
+
+    std::unique_ptr<ExtensionManager> makeManager() override { return std::make_unique<SystemExtensionManager>(); }
+    void prepare(Approval approval) override
+    {
+        m_approval = approval;
+        m_isEnabled = false;
+    }
+    void settle(ExtensionManager& /*manager*/) override
+    {
+        while (!mac::oldestExtensionActivation().isEmpty())
+            endActivation();
+        while (!mac::oldestExtensionLookup().isEmpty())
+            mac::findExtensions(mac::oldestExtensionLookup() == extension ? std::vector<ExtensionProperties> { { .isEnabled = m_isEnabled } }
+                                                                          : std::vector<ExtensionProperties>());
+    }
+
+    void endActivation()
+    {
+        if (m_approval == Approval::denied) {
+            mac::failExtensionActivation(u"The user did not allow the extension"_s);
+            return;
+        }
+        if (m_approval == Approval::asked)
+            mac::askForExtensionApproval();
+        mac::finishExtensionActivation(0);
+        m_isEnabled = true;
+    }
+
+    Approval m_approval = Approval::granted;
+    bool m_isEnabled = false;
 
     struct Heard {
         int approvals = 0;
@@ -370,7 +421,7 @@ private Q_SLOTS:
         QVERIFY(heard.finished.empty() && heard.found.empty());
     }
 
-    void severalRequestsMayBePending()
+    void eachRequestHasItsOwnAnswer()
     {
         SystemExtensionManager manager;
         Heard first;
@@ -382,10 +433,9 @@ private Q_SLOTS:
         QVERIFY(second.found.empty());
         mac::findExtensions({});
         QTRY_COMPARE(second.found.size(), std::size_t(1));
-        QCOMPARE(mac::pendingExtensionRequests(), std::size_t(0));
     }
 
-    void aManagerThatIsGoneAnswersNothing()
+    void whatIsUnderWayToAManagerThatIsGoneIsDropped()
     {
         auto manager = std::make_unique<SystemExtensionManager>();
         Heard heard;
@@ -404,8 +454,11 @@ private Q_SLOTS:
     }
 };
 
-class TestDarwinNotifications : public QObject {
+class TestDarwinNotifications : public SystemNotificationsContract {
     Q_OBJECT
+
+    std::unique_ptr<SystemNotifications> makeNotifications() override { return std::make_unique<DarwinNotifications>(); }
+    void post(SystemNotifications& /*notifications*/) override { mac::postDarwinNotification(name()); }
 
     const QString m_name = u"com.orvanta.focus.blocked-domain-attempt"_s;
 

@@ -9,6 +9,7 @@
 #include "support/contracts/motion_preference_contract.h"
 #include "support/contracts/running_applications_contract.h"
 #include "support/contracts/screens_contract.h"
+#include "support/contracts/url_opener_contract.h"
 
 using namespace orvanta;
 using namespace orvanta::testing;
@@ -173,8 +174,25 @@ private Q_SLOTS:
     }
 };
 
-class TestWorkspaceUrlOpener : public QObject {
+class TestWorkspaceUrlOpener : public UrlOpenerContract {
     Q_OBJECT
+
+    std::unique_ptr<UrlOpener> makeOpener() override
+    {
+        mac::begin();
+        return std::make_unique<WorkspaceUrlOpener>();
+    }
+    static QStringList opened(QStringView scheme)
+    {
+        QStringList addresses;
+        for (const QString& call : mac::calls()) {
+            if (call.startsWith(u"openURL "_s) && call.sliced(8).startsWith(scheme))
+                addresses << call.sliced(8);
+        }
+        return addresses;
+    }
+    QStringList pages(UrlOpener& /*opener*/) override { return opened(u"http"); }
+    int settings(UrlOpener& /*opener*/) override { return static_cast<int>(opened(u"x-apple.systempreferences:").size()); }
 
 private Q_SLOTS:
     void addressesAreHandedToTheWorkspaceAsTheyAre()

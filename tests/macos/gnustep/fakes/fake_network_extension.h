@@ -13,6 +13,9 @@ void failFilterLoad(const QString& description);
 void releaseFilterSave();
 void failFilterSave(const QString& description);
 
+/// Ends all that is pending, in the order in which it was asked for; the saves in `failure`, if there is one.
+void settleFilter(const std::optional<QString>& failure = {});
+
 /// Whether the managers hand out copies of what they hold, which macOS may do.
 void copyWhatIsHandedOut();
 
@@ -40,6 +43,7 @@ void releaseDnsLoad();
 void failDnsLoad(const QString& description);
 void releaseDnsRemoval();
 void failDnsRemoval(const QString& description);
+void settleDnsProxy();
 [[nodiscard]] bool isDnsProxySaved();
 
 } // namespace orvanta::testing::mac

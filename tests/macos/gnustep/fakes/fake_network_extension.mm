@@ -4,6 +4,7 @@
 #include "macos/gnustep/fakes/object_state.h"
 #include "platform/macos/foundation_values.h"
 
+#include <algorithm>
 #include <deque>
 
 #include <Block.h>
@@ -31,6 +32,8 @@ struct Filter {
     bool isEnabled = false;
 };
 
+enum class Operation { load, saveOrRemoval };
+
 struct Save {
     Filter filter;
     Completion completion;
@@ -42,11 +45,13 @@ NEFilterProviderConfiguration* filterProvider = nil;
 bool isCopied = false;
 std::deque<Completion> filterLoads;
 std::deque<Save> filterSaves;
+std::deque<Operation> filterOperations; ///< of both kinds, in the order in which they were asked for
 
 std::optional<DnsProxyProviderProtocol> dnsOnDisk;
 std::optional<DnsProxyProviderProtocol> dnsInMemory;
 std::deque<Completion> dnsLoads;
 std::deque<Completion> dnsRemovals;
+std::deque<Operation> dnsOperations;
 
 const ResetAtBegin resetAtBegin([] {
     filterOnDisk = filterInMemory = {};
@@ -54,17 +59,27 @@ const ResetAtBegin resetAtBegin([] {
     isCopied = false;
     filterLoads.clear();
     filterSaves.clear();
+    filterOperations.clear();
     dnsOnDisk = dnsInMemory = std::nullopt;
     dnsLoads.clear();
     dnsRemovals.clear();
+    dnsOperations.clear();
 });
 
-template <typename Operation>
-Operation take(std::deque<Operation>& operations)
+template <typename Pending>
+Pending take(std::deque<Pending>& all)
 {
-    Operation oldest = operations.front();
-    operations.pop_front();
+    Pending oldest = all.front();
+    all.pop_front();
     return oldest;
+}
+
+/// The oldest of one kind, which is no longer pending.
+template <typename Pending>
+Pending take(std::deque<Pending>& all, std::deque<Operation>& operations, Operation kind)
+{
+    operations.erase(std::ranges::find(operations, kind));
+    return take(all);
 }
 
 void end(Completion completion, const std::optional<QString>& failure)
@@ -180,6 +195,7 @@ QString truth(bool value)
 {
     record(QStringLiteral("loadFromPreferences"));
     filterLoads.push_back(Block_copy(completion));
+    filterOperations.push_back(Operation::load);
 }
 - (void)saveToPreferencesWithCompletionHandler:(Completion)completion
 {
@@ -188,6 +204,7 @@ QString truth(bool value)
     if (filterProvider)
         filter.provider = stateOf<Provider>(filterProvider);
     filterSaves.push_back({ .filter = filter, .completion = Block_copy(completion) });
+    filterOperations.push_back(Operation::saveOrRemoval);
 }
 
 @end
@@ -225,11 +242,13 @@ QString truth(bool value)
 {
     record(QStringLiteral("dns loadFromPreferences"));
     dnsLoads.push_back(Block_copy(completion));
+    dnsOperations.push_back(Operation::load);
 }
 - (void)removeFromPreferencesWithCompletionHandler:(Completion)completion
 {
     record(QStringLiteral("dns removeFromPreferences"));
     dnsRemovals.push_back(Block_copy(completion));
+    dnsOperations.push_back(Operation::saveOrRemoval);
 }
 
 @end
@@ -246,21 +265,21 @@ void releaseFilterLoad()
             stateOf<Provider>(provider) = *filterOnDisk.provider;
         }
         keep(filterProvider, provider);
-        end(take(filterLoads), std::nullopt);
+        end(take(filterLoads, filterOperations, Operation::load), std::nullopt);
     }
 }
 
 void failFilterLoad(const QString& description)
 {
     @autoreleasepool {
-        end(take(filterLoads), description);
+        end(take(filterLoads, filterOperations, Operation::load), description);
     }
 }
 
 void releaseFilterSave()
 {
     @autoreleasepool {
-        const Save oldest = take(filterSaves);
+        const Save oldest = take(filterSaves, filterOperations, Operation::saveOrRemoval);
         filterOnDisk = oldest.filter;
         end(oldest.completion, std::nullopt);
     }
@@ -269,7 +288,19 @@ void releaseFilterSave()
 void failFilterSave(const QString& description)
 {
     @autoreleasepool {
-        end(take(filterSaves).completion, description);
+        end(take(filterSaves, filterOperations, Operation::saveOrRemoval).completion, description);
+    }
+}
+
+void settleFilter(const std::optional<QString>& failure)
+{
+    while (!filterOperations.empty()) {
+        if (filterOperations.front() == Operation::load)
+            releaseFilterLoad();
+        else if (failure)
+            failFilterSave(*failure);
+        else
+            releaseFilterSave();
     }
 }
 
@@ -310,14 +341,14 @@ void releaseDnsLoad()
 {
     @autoreleasepool {
         dnsInMemory = dnsOnDisk;
-        end(take(dnsLoads), std::nullopt);
+        end(take(dnsLoads, dnsOperations, Operation::load), std::nullopt);
     }
 }
 
 void failDnsLoad(const QString& description)
 {
     @autoreleasepool {
-        end(take(dnsLoads), description);
+        end(take(dnsLoads, dnsOperations, Operation::load), description);
     }
 }
 
@@ -325,14 +356,24 @@ void releaseDnsRemoval()
 {
     @autoreleasepool {
         dnsOnDisk = std::nullopt;
-        end(take(dnsRemovals), std::nullopt);
+        end(take(dnsRemovals, dnsOperations, Operation::saveOrRemoval), std::nullopt);
     }
 }
 
 void failDnsRemoval(const QString& description)
 {
     @autoreleasepool {
-        end(take(dnsRemovals), description);
+        end(take(dnsRemovals, dnsOperations, Operation::saveOrRemoval), description);
+    }
+}
+
+void settleDnsProxy()
+{
+    while (!dnsOperations.empty()) {
+        if (dnsOperations.front() == Operation::load)
+            releaseDnsLoad();
+        else
+            releaseDnsRemoval();
     }
 }
 

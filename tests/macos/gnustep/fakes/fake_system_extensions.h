@@ -17,6 +17,8 @@ void askForExtensionApproval();
 void finishExtensionActivation(int result);
 void failExtensionActivation(const QString& description);
 
-[[nodiscard]] std::size_t pendingExtensionRequests();
+/// Whom the oldest pending request of a kind is about; empty if none is pending.
+[[nodiscard]] QString oldestExtensionLookup();
+[[nodiscard]] QString oldestExtensionActivation();
 
 } // namespace orvanta::testing::mac

@@ -17,6 +17,7 @@ enum class Kind { activation, properties };
 
 struct Request {
     Kind kind = Kind::activation;
+    QString identifier;
     id<OSSystemExtensionRequestDelegate> delegate = nil;
 };
 
@@ -45,10 +46,10 @@ NSError* errorOf(const QString& description)
 OSSystemExtensionRequest* make(Class self, Kind kind, NSString* identifier, dispatch_queue_t queue)
 {
     record(QStringLiteral("%1 request for %2 on %3")
-               .arg(kind == Kind::activation ? QStringLiteral("activation") : QStringLiteral("properties"), toQString(identifier),
-                   queue == dispatch_get_main_queue() ? QStringLiteral("the main queue") : QStringLiteral("another queue")));
+            .arg(kind == Kind::activation ? QStringLiteral("activation") : QStringLiteral("properties"), toQString(identifier),
+                queue == dispatch_get_main_queue() ? QStringLiteral("the main queue") : QStringLiteral("another queue")));
     OSSystemExtensionRequest* request = [[self alloc] init];
-    stateOf<Request>(request) = { .kind = kind, .delegate = nil };
+    stateOf<Request>(request) = { .kind = kind, .identifier = toQString(identifier), .delegate = nil };
     return request;
 }
 
@@ -157,9 +158,14 @@ void failExtensionActivation(const QString& description)
     onAnotherThread([&] { [request.delegate request:request didFailWithError:errorOf(description)]; });
 }
 
-std::size_t pendingExtensionRequests()
+QString oldestExtensionLookup()
 {
-    return activations.size() + lookups.size();
+    return lookups.empty() ? QString() : stateOf<Request>(lookups.front()).identifier;
+}
+
+QString oldestExtensionActivation()
+{
+    return activations.empty() ? QString() : stateOf<Request>(activations.front()).identifier;
 }
 
 } // namespace orvanta::testing::mac
