@@ -1,6 +1,7 @@
 // A row of packets, each after its length in two bytes: the inspector keeps its bound and never refuses what it cannot
-// read.
+// read; and what takes the place of an answer of a name service is a packet of the same flow, and no longer than it was.
 
+#include "filter/core/dns_answer.h"
 #include "filter/core/flow_inspector.h"
 
 #include <cstdlib>
@@ -18,6 +19,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const Decision decision = inspector.inspect(packet, now);
         if (decision.verdict == Verdict::refuse && decision.reason != Reason::blocked && decision.reason != Reason::openedBefore)
             std::abort();
+        if (const auto other = rewrittenAnswerPacket(packet, *blocked)) {
+            const auto read = readPacket(*other);
+            if (other->size() > packet.size() || !read || read->flow != readPacket(packet)->flow)
+                std::abort();
+        }
         now += std::chrono::milliseconds(100);
     }
     if (inspector.flowCount() > FlowInspector::mostFlows)

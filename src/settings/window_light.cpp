@@ -14,7 +14,8 @@ constexpr double radius = 560;
 
 WindowLight::WindowLight(QQuickItem* parent) : QQuickPaintedItem(parent)
 {
-    setOpaquePainting(true);
+    // Not declared opaque: where a display's scaling puts the lower edge between two pixels, the software renderer would leave
+    // out what is beneath that row and not paint the row either.
     connect(this, &WindowLight::changed, this, [this] { update(); });
 }
 

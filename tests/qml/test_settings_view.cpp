@@ -1,3 +1,4 @@
+#include "app/translations.h"
 #include "settings/application_icon_provider.h"
 #include "settings/application_locations.h"
 #include "settings/blocked_application_list_model.h"
@@ -10,7 +11,9 @@
 #include <QQuickItem>
 #include <QtQuickTest>
 
+#include <optional>
 #include <semaphore>
+#include <utility>
 
 using namespace orvanta;
 using namespace orvanta::testing;
@@ -150,6 +153,38 @@ private:
     }
 };
 
+/// What the user has chosen for the whole desktop.
+class Desktop : public QObject {
+    Q_OBJECT
+
+public:
+    ~Desktop() override { restore(); }
+
+    /// As a desktop with larger texts does: by the application's font.
+    Q_INVOKABLE void setFontPixelSize(int size)
+    {
+        if (!m_font)
+            m_font = QGuiApplication::font();
+        QFont font = *m_font;
+        font.setPixelSize(size);
+        QGuiApplication::setFont(font);
+    }
+
+    /// By the name of a language; what is made from now on speaks it.
+    Q_INVOKABLE void speak(const QString& language) { m_translations.emplace(QStringList { language }); }
+
+    Q_INVOKABLE void restore()
+    {
+        m_translations.reset();
+        if (m_font)
+            QGuiApplication::setFont(*std::exchange(m_font, std::nullopt));
+    }
+
+private:
+    std::optional<QFont> m_font;
+    std::optional<Translations> m_translations;
+};
+
 class Setup : public QObject {
     Q_OBJECT
 
@@ -159,6 +194,7 @@ public Q_SLOTS:
         engine->addImportPath(u"qrc:/qt/qml"_s);
         QAccessible::setActive(true);
         qmlRegisterSingletonInstance("Orvanta.Test", 1, 0, "Lists", &m_lists);
+        qmlRegisterSingletonType<Desktop>("Orvanta.Test", 1, 0, "Desktop", [](QQmlEngine*, QJSEngine*) -> QObject* { return new Desktop; });
         qmlRegisterSingletonType<Accessibility>(
             "Orvanta.Test", 1, 0, "Accessibility", [](QQmlEngine*, QJSEngine*) -> QObject* { return new Accessibility; });
         engine->addImageProvider(ApplicationIconProvider::name(),

@@ -1,6 +1,7 @@
 #include "filter/core/dns_answer.h"
 
 #include "filter/core/host_name.h"
+#include "filter/core/udp_packet.h"
 
 #include <string>
 
@@ -13,6 +14,8 @@ constexpr std::uint16_t httpsRecord = 65;
 constexpr std::size_t headerSize = 12;
 constexpr std::size_t longestLabel = 63;
 constexpr std::uint8_t noSuchName = 3;
+constexpr std::uint16_t nameServicePort = 53;
+constexpr std::uint16_t httpsPort = 443;
 
 struct Question {
     std::string name;
@@ -52,6 +55,7 @@ std::optional<Question> readQuestion(Bytes message)
 std::vector<std::byte> emptyAnswer(Bytes message, const Question& question, std::uint8_t outcome)
 {
     std::vector<std::byte> answer(message.begin(), message.begin() + static_cast<std::ptrdiff_t>(question.end));
+    answer[2] &= std::byte { 0xfd }; // it is whole: whoever is told to ask again over TCP would get the other answer there
     answer[3] = (answer[3] & std::byte { 0xd0 }) | std::byte { outcome }; // not "authenticated" any more
     std::fill(answer.begin() + 6, answer.begin() + headerSize, std::byte { 0 });
     return answer;
@@ -69,6 +73,20 @@ std::optional<std::vector<std::byte>> rewrittenAnswer(Bytes message, const Domai
     if (question->type == httpsRecord && blocked.entryCovering(question->name))
         return emptyAnswer(message, *question, 0);
     return std::nullopt;
+}
+
+bool isFromNameService(const Packet& packet)
+{
+    return packet.flow.transport == Transport::udp && packet.flow.sourcePort == nameServicePort && packet.flow.destinationPort != httpsPort;
+}
+
+std::optional<std::vector<std::byte>> rewrittenAnswerPacket(Bytes bytes, const DomainTable& blocked)
+{
+    const auto packet = readPacket(bytes);
+    if (!packet || !isFromNameService(*packet))
+        return std::nullopt;
+    const auto answer = rewrittenAnswer(packet->payload, blocked);
+    return answer ? std::optional(withPayload(bytes, *packet, *answer)) : std::nullopt;
 }
 
 } // namespace orvanta::filter

@@ -19,6 +19,14 @@ NameSearch searchIn(Bytes stream, std::uint16_t port)
     return search;
 }
 
+/// `host` is empty for a flow that names none.
+Decision judge(const std::string& host, const DomainTable& blocked)
+{
+    if (host.empty())
+        return { Verdict::allow, Reason::nameless };
+    return blocked.entryCovering(host) ? Decision { Verdict::refuse, Reason::blocked } : Decision { Verdict::allow, Reason::notBlocked };
+}
+
 } // namespace
 
 Decision FlowInspector::inspect(Bytes bytes, Clock::time_point now)
@@ -36,60 +44,86 @@ Decision FlowInspector::inspectTcp(const Packet& packet, Clock::time_point now)
     if (packet.isReset)
         return {};
     const auto known = m_places.find(packet.flow);
+    // A SYN takes a number of its own, before the first byte.
+    const std::uint32_t sequence = packet.sequence + (packet.isSyn ? 1 : 0);
     if (packet.isSyn) {
         // A new connection over the same ports has nothing to do with the old one.
         if (known != m_places.end())
             forget(known->second);
-        remember(packet.flow, now).firstSequence = packet.sequence + 1;
-        return packet.payload.empty() ? Decision {} : Decision { Verdict::pass, Reason::undecided };
+        remember(packet.flow, now).firstSequence = sequence;
+    } else if (known != m_places.end() && known->second->host && sequence - known->second->firstSequence >= longestSearch
+        && !isLaterRecord(packet.payload) && searchIn(packet.payload, packet.flow.destinationPort).outcome != NameSearch::Outcome::foreign) {
+        // The same ports, and neither the beginning that was decided nor a record from later on: another connection.
+        forget(known->second);
     }
     if (packet.payload.empty())
         return {};
-    // The same ports, and neither the beginning that was decided nor a record from later on: another connection.
-    const bool isDecided = known != m_places.end() && known->second->host;
-    if (isDecided && packet.sequence - known->second->firstSequence >= longestSearch && !isLaterRecord(packet.payload)
-        && searchIn(packet.payload, packet.flow.destinationPort).outcome != NameSearch::Outcome::foreign)
-        forget(known->second);
     const bool isNew = !m_places.contains(packet.flow);
     if (isNew && isLaterRecord(packet.payload))
         return { Verdict::refuse, Reason::openedBefore };
     Flow& flow = remember(packet.flow, now);
     if (isNew)
-        flow.firstSequence = packet.sequence;
+        flow.firstSequence = sequence;
     if (flow.host)
-        return judge(*flow.host);
-    // A segment from before what we saw first: the beginning is further back than we thought, if it is near.
-    const std::uint32_t offset = packet.sequence - flow.firstSequence;
+        return judge(*flow.host, *m_blocked);
+    return continueStream(flow, sequence, packet);
+}
+
+/// Puts a segment into the stream of a flow that is not decided.
+Decision FlowInspector::continueStream(Flow& flow, std::uint32_t sequence, const Packet& packet)
+{
+    auto fit = RangeBuffer::Fit::agrees;
+    const std::uint32_t offset = sequence - flow.firstSequence;
     if (offset > 0x80000000U) {
-        const std::uint32_t missing = flow.firstSequence - packet.sequence;
+        // A segment from before what we saw first: the beginning is further back than we thought, if it is near.
+        const std::uint32_t missing = flow.firstSequence - sequence;
         if (missing >= longestSearch)
             return {};
-        const Bytes seen = flow.stream.prefix();
-        RangeBuffer moved(longestSearch);
-        moved.insert(0, packet.payload);
-        moved.insert(missing, seen);
-        flow.stream = std::move(moved);
-        flow.firstSequence = packet.sequence;
+        flow.stream.moveBack(missing);
+        fit = flow.stream.insert(0, packet.payload);
+        flow.firstSequence = sequence;
         flow.needed = 0;
     } else {
-        flow.stream.insert(offset, packet.payload);
+        fit = flow.stream.insert(offset, packet.payload);
     }
+    if (fit == RangeBuffer::Fit::contradicts)
+        return { Verdict::refuse, Reason::contradictory };
     if (flow.stream.prefix().size() < flow.needed)
         return {};
-    return conclude(flow, searchIn(flow.stream.prefix(), packet.flow.destinationPort));
+    const std::uint16_t port = packet.flow.destinationPort;
+    NameSearch search = searchIn(flow.stream.prefix(), port);
+    if (search.outcome == NameSearch::Outcome::foreign) {
+        // No beginning, or one that is still to come: of a segment that was overtaken, or behind something else.
+        if (isLaterRecord(packet.payload))
+            return { Verdict::refuse, Reason::openedBefore };
+        search = searchIn(packet.payload, port);
+        if (search.outcome == NameSearch::Outcome::foreign) {
+            if (++flow.strangeSegments < mostStrangeSegments)
+                return {};
+        } else {
+            flow.stream = RangeBuffer(longestSearch);
+            (void)flow.stream.insert(0, packet.payload);
+            flow.firstSequence = sequence;
+        }
+    }
+    return conclude(flow, std::move(search), *m_blocked);
 }
 
 Decision FlowInspector::inspectQuic(const Packet& packet, Clock::time_point now)
 {
     const auto destination = initialDestination(packet.payload);
     if (!destination) {
-        // Later packets come here only when the list has changed since their connection was allowed.
+        // Later packets come here when nobody has decided their connection, or the list has changed since.
         const auto known = m_places.find(packet.flow);
-        return known != m_places.end() && known->second->host ? judge(*known->second->host) : Decision { Verdict::pass, Reason::unreadable };
+        if (known == m_places.end())
+            return { Verdict::refuse, Reason::openedBefore };
+        Flow& flow = remember(packet.flow, now);
+        // The handshake is over, and went past us.
+        return flow.host ? judge(*flow.host, *m_blocked) : conclude(flow, { .outcome = NameSearch::Outcome::absent }, *m_blocked);
     }
     Flow& flow = remember(packet.flow, now);
     if (flow.host && std::ranges::equal(flow.destination, *destination))
-        return judge(*flow.host);
+        return judge(*flow.host, *m_blocked);
     if (flow.destination.empty())
         flow.destination.assign(destination->begin(), destination->end());
     auto pieces = openClientInitials(packet.payload, flow.destination);
@@ -104,33 +138,31 @@ Decision FlowInspector::inspectQuic(const Packet& packet, Clock::time_point now)
         flow.needed = 0;
     }
     if (flow.host)
-        return judge(*flow.host);
+        return judge(*flow.host, *m_blocked);
     for (const CryptoPiece& piece : *pieces)
-        flow.stream.insert(piece.offset, piece.bytes);
-    return conclude(flow, findServerName(flow.stream.prefix()));
+        (void)flow.stream.insert(piece.offset, piece.bytes);
+    return conclude(flow, findServerName(flow.stream.prefix()), *m_blocked);
 }
 
-Decision FlowInspector::conclude(Flow& flow, NameSearch search)
+Decision FlowInspector::conclude(Flow& flow, NameSearch search, const DomainTable& blocked)
 {
-    switch (search.outcome) {
-    case NameSearch::Outcome::incomplete:
+    if (search.outcome == NameSearch::Outcome::incomplete) {
         flow.needed = search.needed;
         return {};
-    case NameSearch::Outcome::found:
-        flow.host = std::move(search.name);
-        flow.stream = RangeBuffer(longestSearch);
-        return judge(*flow.host);
-    case NameSearch::Outcome::absent:
-    case NameSearch::Outcome::foreign:
-        break;
     }
-    forget(m_places.at(flow.key));
-    return { Verdict::allow, Reason::nameless };
+    flow.host = search.outcome == NameSearch::Outcome::found ? std::move(search.name) : std::string();
+    flow.stream = RangeBuffer(longestSearch);
+    return judge(*flow.host, blocked);
 }
 
-Decision FlowInspector::judge(const std::string& host) const
+void FlowInspector::keepOnly(const std::function<bool(const FlowKey&)>& isStillOpen)
 {
-    return m_blocked->entryCovering(host) ? Decision { Verdict::refuse, Reason::blocked } : Decision { Verdict::allow, Reason::notBlocked };
+    for (auto flow = m_flows.begin(); flow != m_flows.end();) {
+        const auto next = std::next(flow);
+        if (!isStillOpen(flow->key))
+            forget(flow);
+        flow = next;
+    }
 }
 
 FlowInspector::Flow& FlowInspector::remember(const FlowKey& key, Clock::time_point now)

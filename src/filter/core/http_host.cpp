@@ -15,12 +15,20 @@ constexpr std::size_t longestMethod = 24;
 
 bool isMethodCharacter(char character)
 {
-    return (character >= 'A' && character <= 'Z') || character == '-' || character == '_';
+    return (character >= 'A' && character <= 'Z') || (character >= 'a' && character <= 'z') || (character >= '0' && character <= '9')
+        || character == '-' || character == '_';
 }
 
 bool isSameIgnoringCase(std::string_view text, std::string_view lowerCase)
 {
     return std::ranges::equal(text, lowerCase, [](char left, char right) { return (left >= 'A' && left <= 'Z' ? left + 32 : left) == right; });
+}
+
+std::string_view withoutBlanksBehind(std::string_view text)
+{
+    while (text.ends_with(' ') || text.ends_with('\t'))
+        text.remove_suffix(1);
+    return text;
 }
 
 NameSearch named(std::string_view host)
@@ -87,8 +95,18 @@ NameSearch findHttpHost(Bytes stream)
         if (line->empty())
             return { .outcome = absent };
         const auto colon = line->find(':');
-        if (colon != std::string_view::npos && isSameIgnoringCase(line->substr(0, colon), "host"))
-            return named(line->substr(colon + 1));
+        if (colon == std::string_view::npos || !isSameIgnoringCase(withoutBlanksBehind(line->substr(0, colon)), "host"))
+            continue;
+        // Some servers still take a value that stands in the next line, after a blank.
+        std::optional<std::string_view> host = line->substr(colon + 1);
+        while (host && host->find_first_not_of(" \t") == std::string_view::npos) {
+            if (rest.empty())
+                return more;
+            if (rest.front() != ' ' && rest.front() != '\t')
+                return { .outcome = absent };
+            host = takeLine(rest);
+        }
+        return host ? named(*host) : more;
     }
     return more;
 }

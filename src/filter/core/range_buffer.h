@@ -7,12 +7,24 @@
 namespace orvanta::filter {
 
 /// Puts a stream together from pieces that come in any order, more than once, and overlapping: TCP segments, CRYPTO
-/// frames. What came first stays. Pieces beyond the bound are dropped.
+/// frames. What came first stays. Pieces beyond the bound are dropped, and so are pieces that would leave more gaps than
+/// any honest sender does.
 class RangeBuffer {
 public:
+    static constexpr std::size_t mostRanges = 256;
+
+    /// What a piece says about bytes that are there already.
+    enum class Fit {
+        agrees,      ///< the same, or nothing
+        contradicts, ///< something else; a sender that only repeats itself never does that
+    };
+
     explicit RangeBuffer(std::size_t bound) : m_bound(bound) { }
 
-    void insert(std::uint64_t offset, Bytes piece);
+    Fit insert(std::uint64_t offset, Bytes piece);
+
+    /// Makes room for `distance` bytes before all others: the stream begins further back than it was thought to.
+    void moveBack(std::size_t distance);
 
     /// What is there without a gap, from the beginning.
     [[nodiscard]] Bytes prefix() const;

@@ -2,6 +2,7 @@
 
 #include "filter/core/host_name.h"
 
+#include <algorithm>
 #include <vector>
 
 namespace orvanta::filter {
@@ -53,7 +54,7 @@ NameSearch findServerName(Bytes handshake)
     // Whoever needs more than that names its server before; what is missing at the bound stays missing.
     const std::size_t whole = messageHeader + length;
     const bool isWhole = handshake.size() >= whole;
-    const NameSearch more { .outcome = isWhole || handshake.size() >= longestSearch ? absent : incomplete, .needed = whole };
+    const NameSearch more { .outcome = isWhole || handshake.size() >= longestSearch ? absent : incomplete, .needed = std::min(whole, longestSearch) };
 
     ByteReader hello(message.rest().first(std::min(message.rest().size(), length)));
     hello.take(2 + 32);      // version, random
@@ -104,7 +105,8 @@ NameSearch findServerNameInRecords(Bytes stream)
     if (search.outcome != incomplete)
         return search;
     // Each further record has its own header, so that less than what is missing can never be enough.
-    return { .outcome = more.outcome, .needed = stream.size() + (search.needed > handshake.size() ? search.needed - handshake.size() : 1) };
+    const std::size_t needed = stream.size() + (search.needed > handshake.size() ? search.needed - handshake.size() : 1);
+    return { .outcome = more.outcome, .needed = std::min(needed, longestSearch) };
 }
 
 bool isLaterRecord(Bytes segment)
@@ -112,7 +114,10 @@ bool isLaterRecord(Bytes segment)
     if (segment.size() < recordHeader)
         return false;
     const auto type = std::to_integer<std::uint8_t>(segment[0]);
-    return type >= changeCipherSpecRecord && type <= applicationDataRecord && type != handshakeRecord && std::to_integer<int>(segment[1]) == 3;
+    const std::size_t length = std::to_integer<std::size_t>(segment[3]) << 8 | std::to_integer<std::size_t>(segment[4]);
+    constexpr int newestMinor = 4;
+    return type >= changeCipherSpecRecord && type <= applicationDataRecord && type != handshakeRecord && std::to_integer<int>(segment[1]) == 3
+        && std::to_integer<int>(segment[2]) <= newestMinor && length > 0 && length <= longestRecord;
 }
 
 } // namespace orvanta::filter

@@ -1,25 +1,13 @@
 #include "filter/linux/content_filter.h"
 
-#include <random>
-
 namespace orvanta::filter {
-
-namespace {
-
-/// Connections that an earlier run of the daemon allowed must not pass for ones that this run did.
-std::uint8_t someGeneration()
-{
-    return static_cast<std::uint8_t>(1 + std::random_device()() % lastGeneration);
-}
-
-} // namespace
 
 ContentFilter::ContentFilter(std::uint16_t queue, MarkBits bits, int refusals)
     : m_number(queue)
     , m_rules(bits)
     , m_bits(bits)
     , m_refusals(refusals)
-    , m_generation(someGeneration())
+    , m_inspector(std::make_shared<DomainTable>())
 {
 }
 
@@ -29,34 +17,62 @@ ContentFilter::~ContentFilter()
         (void)switchOff();
 }
 
-std::expected<void, std::string> ContentFilter::switchOn(const std::vector<std::string>& domains)
+std::expected<void, std::string> ContentFilter::switchOn(const std::vector<std::string>& domains, std::uint8_t generation)
 {
-    const bool isOther = domains != m_domains;
-    if (m_queue && !isOther)
+    if (m_queue && generation == m_generation)
         return {};
     auto blocked = std::make_shared<DomainTable>(DomainTable::build(domains));
-    if (isOther) {
-        m_domains = domains;
-        m_generation = m_generation == lastGeneration ? 1 : static_cast<std::uint8_t>(m_generation + 1);
-    }
     if (m_queue) {
         m_queue->setBlocked(std::move(blocked));
-        return m_rules.setGeneration(m_generation);
+        if (const auto set = m_rules.setGeneration(generation); !set)
+            return set;
+    } else {
+        auto queue = PacketQueue::open(m_number, m_bits, m_refusals);
+        if (!queue)
+            return std::unexpected(queue.error());
+        if (const auto loaded = m_rules.load(m_number, generation); !loaded)
+            return loaded;
+        // From here on no connection begins unseen.
+        const OpenConnections now = OpenConnections::read();
+        m_inspector.keepOnly([&](const FlowKey& key) { return now.isTheSame(key, m_connections); });
+        m_queue = *std::move(queue);
+        m_queue->start(std::move(m_inspector), std::move(blocked));
     }
-    auto queue = PacketQueue::open(m_number, m_bits, std::move(blocked), m_refusals);
-    if (!queue)
-        return std::unexpected(queue.error());
-    if (const auto loaded = m_rules.load(m_number, m_generation); !loaded)
-        return loaded;
-    m_queue = *std::move(queue);
+    m_generation = generation;
+    m_loaded = FilterRules::identity();
     return {};
 }
 
 std::expected<void, std::string> ContentFilter::switchOff()
 {
+    // Until the rules are gone no connection begins unseen.
+    if (m_queue)
+        m_connections = OpenConnections::read();
     const auto removed = FilterRules::remove();
+    if (m_queue)
+        m_inspector = m_queue->stop();
     m_queue.reset();
     return removed;
+}
+
+std::expected<bool, std::string> ContentFilter::repair()
+{
+    if (!m_queue || FilterRules::identity() == m_loaded)
+        return false;
+    if (const auto loaded = m_rules.load(m_number, m_generation); !loaded)
+        return std::unexpected(loaded.error());
+    m_queue->startCounting();
+    m_loaded = FilterRules::identity();
+    return true;
+}
+
+std::uint64_t ContentFilter::missed() const
+{
+    if (!m_queue)
+        return 0;
+    const std::uint64_t asked = FilterRules::asked(); // before what was seen, which grows
+    const std::uint64_t seen = m_queue->seenSinceCounting();
+    return asked > seen ? asked - seen : 0;
 }
 
 } // namespace orvanta::filter

@@ -1,11 +1,14 @@
 #include "filter/linux/filter_rules.h"
 
 #include "filter/linux/queue_target.h"
+#include "filter/linux/rule_handles.h"
 
 #include <nftables/libnftables.h>
 
+#include <cstdlib>
 #include <memory>
 #include <sstream>
+#include <string_view>
 
 namespace orvanta::filter {
 
@@ -14,8 +17,8 @@ namespace {
 constexpr int smallestTcpHeader = 5; // in words of four bytes
 constexpr int largestTcpHeader = 15;
 
-/// Runs commands of nft as one transaction.
-std::expected<void, std::string> run(const std::string& commands)
+/// Runs commands of nft as one transaction; what they print is the answer.
+std::expected<std::string, std::string> ask(const std::string& commands)
 {
     const std::unique_ptr<nft_ctx, void (*)(nft_ctx*)> context(nft_ctx_new(NFT_CTX_DEFAULT), &nft_ctx_free);
     if (!context)
@@ -24,6 +27,13 @@ std::expected<void, std::string> run(const std::string& commands)
     nft_ctx_buffer_error(context.get());
     if (nft_run_cmd_from_buffer(context.get(), commands.c_str()) != 0)
         return std::unexpected(std::string("nftables: ") + nft_ctx_get_error_buffer(context.get()));
+    return nft_ctx_get_output_buffer(context.get());
+}
+
+std::expected<void, std::string> run(const std::string& commands)
+{
+    if (auto done = ask(commands); !done)
+        return std::unexpected(std::move(done).error());
     return {};
 }
 
@@ -36,9 +46,11 @@ std::string FilterRules::text(std::uint8_t generation) const
 {
     const std::string mask = std::to_string(m_bits.mask());
     const std::string rest = std::to_string(~m_bits.mask());
+    const std::string unreadable = std::to_string(m_bits.unreadable());
     std::ostringstream rules;
     rules << "table inet orvanta_focus {\n"
-             " chain decide {\n }\n"
+             " counter asked {\n }\n"
+             " chain decide {\n  counter name asked\n }\n"
           << " chain known {\n  " << knownRule(generation) << "\n }\n"
           << " chain remember {\n  " << rememberRule(generation)
           << "\n }\n"
@@ -50,7 +62,7 @@ std::string FilterRules::text(std::uint8_t generation) const
              " chain inspect_tcp {\n"
              "  tcp flags & (syn | ack) == syn ct mark set ct mark & "
           << rest
-          << " accept\n"
+          << "\n"
              "  tcp flags & rst == rst accept\n"
              "  jump known\n"
              "  jump refused_before\n";
@@ -66,12 +78,18 @@ std::string FilterRules::text(std::uint8_t generation) const
              "  @th,64,8 & 0xf0 == 0xd0 @th,72,32 0x6b3343cf goto decide\n"
              "  jump known\n"
              "  jump refused_before\n"
-             "  ct mark & "
-          << mask
-          << " != 0 jump decide\n }\n"
+          // Another long header belongs to a connection that is being set up, and will not be older than we are.
+          << "  @th,64,8 & 0xc0 == 0xc0 ct mark & " << mask << " == 0 ct mark set ct mark | " << unreadable << "\n"
+          << "  ct mark & " << mask << " == " << unreadable
+          << " accept\n"
+          // A short header that nobody has allowed belongs to a connection from before.
+          << "  @th,64,8 & 0xc0 == 0x40 jump decide\n }\n"
              " chain inspect {\n"
              "  tcp dport { 80, 443 } goto inspect_tcp\n"
              "  udp dport 443 goto inspect_quic\n }\n"
+             // What a name service answers; questions are nobody's business.
+             " chain answers {\n"
+             "  udp sport 53 udp dport != 443 @th,80,8 & 0x80 == 0x80 jump decide\n }\n"
              " chain refuse {\n"
              "  ct mark set ct mark | "
           << mask
@@ -91,6 +109,11 @@ std::string FilterRules::text(std::uint8_t generation) const
               << " priority -10; policy accept;\n  oifname != \"lo\" jump inspect\n }\n"
               << " chain " << hook << "_conclusion {\n  type filter hook " << hook << " priority -9; policy accept;\n  meta mark & " << mask
               << " != 0 jump conclude\n }\n";
+    }
+    // Answers are exchanged on their way in, and on their way to those whose packets go through this machine.
+    for (const std::string hook : { "input", "forward" }) {
+        rules << " chain " << hook << "_answers {\n  type filter hook " << hook
+              << " priority -10; policy accept;\n  iifname != \"lo\" jump answers\n }\n";
     }
     rules << "}\n";
     return rules.str();
@@ -131,6 +154,19 @@ std::expected<void, std::string> FilterRules::load(std::uint16_t queue, std::uin
         return added;
     }
     return {};
+}
+
+std::vector<std::uint64_t> FilterRules::identity()
+{
+    return ruleHandles("orvanta_focus");
+}
+
+std::uint64_t FilterRules::asked()
+{
+    const std::string counter = ask("list counter inet orvanta_focus asked\n").value_or("");
+    constexpr std::string_view before = "packets ";
+    const auto at = counter.find(before);
+    return at == std::string::npos ? 0 : std::strtoull(counter.c_str() + at + before.size(), nullptr, 10);
 }
 
 std::expected<void, std::string> FilterRules::remove()

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <expected>
 #include <string>
+#include <vector>
 
 namespace orvanta::filter {
 
@@ -23,6 +24,12 @@ public:
 
     /// From now on only connections that `generation` of the list allowed go by without being asked about.
     [[nodiscard]] std::expected<void, std::string> setGeneration(std::uint8_t generation) const;
+
+    /// What tells the rules that are in the kernel now from any that were or will be there; empty if there are none.
+    [[nodiscard]] static std::vector<std::uint64_t> identity();
+
+    /// How many packets the table had for the queue since it was loaded.
+    [[nodiscard]] static std::uint64_t asked();
 
     /// Takes the table away. None there is no error.
     [[nodiscard]] static std::expected<void, std::string> remove();

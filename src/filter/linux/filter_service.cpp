@@ -11,6 +11,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <random>
+#include <utility>
 
 namespace orvanta::filter {
 
@@ -33,6 +35,17 @@ constexpr std::chrono::seconds burst { 1 };
 constexpr std::uint64_t checkInterval = 1'000'000; // microseconds
 constexpr int mostSilentChecks = 10;
 constexpr std::uint64_t untilTheUserHasAnswered = UINT64_MAX;
+
+/// For a list that no earlier run knew: connections that somebody marked must not pass for ones that it allowed.
+std::uint8_t someGeneration()
+{
+    return static_cast<std::uint8_t>(1 + std::random_device()() % lastGeneration);
+}
+
+bool filters(const StoredState& state)
+{
+    return state.activated && state.preferences.asksToFilter();
+}
 
 FilterService& service(void* self)
 {
@@ -83,27 +96,35 @@ std::expected<std::unique_ptr<FilterService>, std::string> FilterService::start(
     const int refusals = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
     if (refusals < 0)
         return std::unexpected(reason("no event descriptor", -errno));
-    std::unique_ptr<FilterService> self(new FilterService(options, refusals));
+    auto rulesWatch = RulesWatch::open();
+    if (!rulesWatch) {
+        close(refusals);
+        return std::unexpected(rulesWatch.error());
+    }
+    std::unique_ptr<FilterService> self(new FilterService(options, refusals, *std::move(rulesWatch)));
     auto state = self->m_file.read();
     if (state)
         self->m_state = *std::move(state);
     else
         std::fprintf(stderr, "orvanta-filterd: %s; it is set aside\n", state.error().c_str());
-    // An earlier run that was killed may have left its rules.
-    if (const auto removed = FilterRules::remove(); !removed)
-        return std::unexpected(removed.error());
-    if (const auto applied = self->apply(); !applied)
+    if (self->m_state.generation == 0)
+        self->m_state.generation = someGeneration();
+    // An earlier run that was killed may have left its rules; ours take their place, or nothing does.
+    if (const auto applied = self->apply(); !applied) {
+        (void)FilterRules::remove();
         return std::unexpected(applied.error());
+    }
     if (const auto connected = self->connect(loop); !connected)
         return std::unexpected(connected.error());
     return self;
 }
 
-FilterService::FilterService(Options options, int refusals)
+FilterService::FilterService(Options options, int refusals, RulesWatch rulesWatch)
     : m_options(std::move(options))
     , m_refusals(refusals)
     , m_file(m_options.stateFolder)
     , m_filter(m_options.queue, m_options.bits, refusals)
+    , m_rulesWatch(std::move(rulesWatch))
 {
 }
 
@@ -127,6 +148,8 @@ std::expected<void, std::string> FilterService::connect(sd_event* loop)
     if (status < 0)
         return std::unexpected(reason("the system bus", status));
     status = sd_event_add_io(loop, nullptr, m_refusals, EPOLLIN, &FilterService::takeRefusals, this);
+    if (status >= 0)
+        status = sd_event_add_io(loop, nullptr, m_rulesWatch.descriptor(), EPOLLIN, &FilterService::takeRuleChanges, this);
     std::uint64_t now = 0;
     if (status >= 0)
         status = sd_event_now(loop, CLOCK_MONOTONIC, &now);
@@ -142,17 +165,35 @@ std::expected<void, std::string> FilterService::connect(sd_event* loop)
 /// Brings the kernel in step with what is stored.
 std::expected<void, std::string> FilterService::apply()
 {
-    if (m_state.activated && m_state.preferences.asksToFilter())
-        return m_filter.switchOn(m_state.preferences.blockedDomains);
+    if (filters(m_state))
+        return m_filter.switchOn(m_state.preferences.blockedDomains, m_state.generation);
     return m_filter.switchOff();
 }
 
 std::expected<void, std::string> FilterService::store(StoredState next)
 {
+    // Also when it is switched on with the list that it had: while nobody looked, a connection may have taken over the ports,
+    // and with them the mark, of one that was allowed. So all are asked about once more.
+    const bool isSwitchedOn = filters(next) && !m_filter.queue();
+    if (isSwitchedOn || next.preferences.blockedDomains != m_state.preferences.blockedDomains)
+        next.generation = generationAfter(m_state.generation);
     if (const auto written = m_file.write(next); !written)
         return written;
-    m_state = std::move(next);
-    return apply();
+    std::swap(m_state, next);
+    auto applied = apply();
+    if (!applied) {
+        // What was stored before still holds, as far as it can.
+        std::swap(m_state, next);
+        (void)m_file.write(m_state);
+        (void)apply();
+    }
+    return applied;
+}
+
+/// Whether what is stored is also what the kernel does.
+bool FilterService::works() const
+{
+    return !m_state.preferences.asksToFilter() || (m_filter.queue() && !m_cannotRepair);
 }
 
 int FilterService::queryProperties(sd_bus_message* call, void* self, sd_bus_error*)
@@ -162,7 +203,7 @@ int FilterService::queryProperties(sd_bus_message* call, void* self, sd_bus_erro
         return status;
     if (std::strcmp(identifier, busName) != 0)
         return sd_bus_reply_method_return(call, "ab", 0);
-    return sd_bus_reply_method_return(call, "ab", 1, static_cast<int>(service(self).m_state.activated));
+    return sd_bus_reply_method_return(call, "ab", 1, static_cast<int>(service(self).m_state.activated && service(self).works()));
 }
 
 int FilterService::activate(sd_bus_message* call, void* self, sd_bus_error*)
@@ -204,8 +245,9 @@ int FilterService::savePreferences(sd_bus_message* call, void* self, sd_bus_erro
 
 int FilterService::saveNow(FilterService& self, sd_bus_message* call)
 {
-    StoredState next = self.m_state;
-    next.preferences = {};
+    StoredState next {
+        .activated = self.m_state.activated, .dnsProxyProvider = self.m_state.dnsProxyProvider, .generation = self.m_state.generation
+    };
     if (readPreferences(call, next.preferences) < 0)
         return answerError(call, malformed, "The preferences cannot be read");
     if (const auto stored = self.store(std::move(next)); !stored)
@@ -238,9 +280,9 @@ int FilterService::statistics(sd_bus_message* call, void* self, sd_bus_error*)
     static const PacketCounters none;
     const PacketCounters& counters = queue ? queue->counters() : none;
     const auto figure = [](const std::atomic<std::uint64_t>& counter) { return counter.load(); };
-    return sd_bus_reply_method_return(call, "a{st}", 7, "active", std::uint64_t { queue ? 1U : 0U }, "seen", figure(counters.seen), "refused",
+    return sd_bus_reply_method_return(call, "a{st}", 8, "active", std::uint64_t { queue ? 1U : 0U }, "seen", figure(counters.seen), "refused",
         figure(counters.refused), "closed", figure(counters.closed), "allowed", figure(counters.allowed), "undecided", figure(counters.undecided),
-        "missed", figure(counters.missed));
+        "exchanged", figure(counters.exchanged), "missed", service(self).m_filter.missed());
 }
 
 int FilterService::permitted(sd_bus_message* call, Permission permission, int (*done)(FilterService&, sd_bus_message*))
@@ -286,6 +328,28 @@ int FilterService::takePermission(sd_bus_message* answer, void* question, sd_bus
     return answerError(waiting->call, notPermitted, "Website protection was not approved");
 }
 
+int FilterService::takeRuleChanges(sd_event_source*, int, std::uint32_t, void* self)
+{
+    // Looked at with the next check: whoever replaces rules does so in several steps.
+    if (service(self).m_rulesWatch.take())
+        service(self).m_mayNeedRepair = true;
+    return 0;
+}
+
+void FilterService::repairRules()
+{
+    if (!std::exchange(m_mayNeedRepair, false))
+        return;
+    const auto repaired = m_filter.repair();
+    m_cannotRepair = !repaired;
+    if (!repaired) {
+        std::fprintf(stderr, "orvanta-filterd: the rules are gone and cannot be put back: %s\n", repaired.error().c_str());
+        m_mayNeedRepair = true; // once more, with the next check
+    } else if (*repaired) {
+        std::fprintf(stderr, "orvanta-filterd: somebody took the rules away; they are put back\n");
+    }
+}
+
 int FilterService::takeRefusals(sd_event_source*, int descriptor, std::uint32_t, void* self)
 {
     std::uint64_t refusals = 0;
@@ -308,6 +372,7 @@ int FilterService::checkPackets(sd_event_source* source, std::uint64_t, void* se
     filter.m_lastHeartbeat = heartbeat;
     if (filter.m_silentChecks == mostSilentChecks)
         std::abort();
+    filter.repairRules();
     // From this moment on: checks that a busy loop missed are not made up for, since they would find nothing new.
     return sd_event_source_set_time_relative(source, checkInterval);
 }

@@ -2,6 +2,7 @@
 
 #include "filter/linux/content_filter.h"
 #include "filter/linux/preferences.h"
+#include "filter/linux/rules_watch.h"
 
 #include <systemd/sd-bus.h>
 #include <systemd/sd-event.h>
@@ -41,7 +42,7 @@ private:
     enum class Permission { activate, configure };
     struct Question;
 
-    FilterService(Options options, int refusals);
+    FilterService(Options options, int refusals, RulesWatch rulesWatch);
     [[nodiscard]] std::expected<void, std::string> connect(sd_event* loop);
     [[nodiscard]] std::expected<void, std::string> apply();
 
@@ -53,6 +54,9 @@ private:
     static int removeDnsProxyNow(FilterService& self, sd_bus_message* call);
     [[nodiscard]] std::expected<void, std::string> store(StoredState next);
 
+    [[nodiscard]] bool works() const;
+    static int takeRuleChanges(sd_event_source* source, int descriptor, std::uint32_t events, void* self);
+    void repairRules();
     static int takeRefusals(sd_event_source* source, int descriptor, std::uint32_t events, void* self);
     static int checkPackets(sd_event_source* source, std::uint64_t now, void* self);
 
@@ -61,6 +65,9 @@ private:
     StateFile m_file;
     StoredState m_state;
     ContentFilter m_filter;
+    RulesWatch m_rulesWatch;
+    bool m_mayNeedRepair = false;
+    bool m_cannotRepair = false;
     sd_bus* m_bus = nullptr;
     sd_event_source* m_watch = nullptr;
     std::chrono::steady_clock::time_point m_lastAnnouncement {};

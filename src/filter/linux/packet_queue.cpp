@@ -1,5 +1,7 @@
 #include "filter/linux/packet_queue.h"
 
+#include "filter/core/dns_answer.h"
+
 #include <arpa/inet.h>
 #include <libmnl/libmnl.h>
 #include <libnetfilter_queue/libnetfilter_queue.h>
@@ -29,29 +31,42 @@ std::string reason(const char* what)
 
 } // namespace
 
-std::expected<std::unique_ptr<PacketQueue>, std::string> PacketQueue::open(
-    std::uint16_t number, MarkBits bits, std::shared_ptr<const DomainTable> blocked, int refusals)
+std::expected<std::unique_ptr<PacketQueue>, std::string> PacketQueue::open(std::uint16_t number, MarkBits bits, int refusals)
 {
     Socket socket(mnl_socket_open(NETLINK_NETFILTER), &mnl_socket_close);
     if (!socket || mnl_socket_bind(socket.get(), 0, MNL_SOCKET_AUTOPID) < 0)
         return std::unexpected(reason("the packet queue cannot be reached"));
-    std::unique_ptr<PacketQueue> queue(new PacketQueue(std::move(socket), number, bits, std::move(blocked), refusals));
+    std::unique_ptr<PacketQueue> queue(new PacketQueue(std::move(socket), number, bits, refusals));
     if (const auto bound = queue->bind(); !bound)
         return std::unexpected(bound.error());
-    queue->m_thread = std::jthread([self = queue.get()](const std::stop_token& stop) { self->run(stop); });
     return queue;
 }
 
-PacketQueue::PacketQueue(Socket socket, std::uint16_t number, MarkBits bits, std::shared_ptr<const DomainTable> blocked, int refusals)
+PacketQueue::PacketQueue(Socket socket, std::uint16_t number, MarkBits bits, int refusals)
     : m_socket(std::move(socket))
     , m_number(number)
     , m_bits(bits)
     , m_refusals(refusals)
-    , m_inspector(std::move(blocked))
+    , m_blocked(std::make_shared<DomainTable>())
+    , m_inspector(m_blocked)
 {
 }
 
 PacketQueue::~PacketQueue() = default;
+
+void PacketQueue::start(FlowInspector inspector, std::shared_ptr<const DomainTable> blocked)
+{
+    m_blocked = std::move(blocked);
+    m_inspector = std::move(inspector);
+    m_inspector.setBlocked(m_blocked);
+    m_thread = std::jthread([this](const std::stop_token& stop) { run(stop); });
+}
+
+FlowInspector PacketQueue::stop()
+{
+    m_thread = {};
+    return std::move(m_inspector);
+}
 
 void PacketQueue::setBlocked(std::shared_ptr<const DomainTable> blocked)
 {
@@ -98,13 +113,12 @@ void PacketQueue::run(const std::stop_token& stop)
         if (poll(&waiting, 1, breath) <= 0)
             continue;
         const auto received = mnl_socket_recvfrom(m_socket.get(), buffer.data(), buffer.size());
-        if (received < 0) {
-            if (errno == ENOBUFS)
-                ++m_counters.missed;
+        if (received < 0)
             continue;
+        if (auto next = m_next.exchange(nullptr)) {
+            m_blocked = std::move(next);
+            m_inspector.setBlocked(m_blocked);
         }
-        if (auto next = m_next.exchange(nullptr))
-            m_inspector.setBlocked(std::move(next));
         (void)mnl_cb_run(buffer.data(), static_cast<std::size_t>(received), 0, mnl_socket_get_portid(m_socket.get()), &PacketQueue::take, this);
     }
 }
@@ -126,15 +140,31 @@ int PacketQueue::take(const nlmsghdr* message, void* queue)
 
 void PacketQueue::decide(Bytes packet, std::uint32_t id, std::uint32_t mark)
 {
+    if (const auto headers = readPacket(packet); headers && isFromNameService(*headers)) {
+        const auto other = rewrittenAnswerPacket(packet, *m_blocked);
+        m_counters.exchanged += other ? 1 : 0;
+        ++m_counters.seen;
+        answer(id, mark, other ? &*other : nullptr);
+        return;
+    }
     const Decision decision = m_inspector.inspect(packet, FlowInspector::Clock::now());
     count(decision);
     if (decision.verdict != Verdict::pass)
         mark = (mark & ~m_bits.mask()) | (decision.verdict == Verdict::allow ? m_bits.allowed() : m_bits.refused());
-    std::array<char, 256> buffer {};
-    nlmsghdr* answer = nfq_nlmsg_put(buffer.data(), NFQNL_MSG_VERDICT, m_number);
-    nfq_nlmsg_verdict_put(answer, static_cast<int>(id), NF_ACCEPT);
-    nfq_nlmsg_verdict_put_mark(answer, mark);
-    (void)mnl_socket_sendto(m_socket.get(), answer, answer->nlmsg_len);
+    answer(id, mark);
+}
+
+/// Lets the packet go on, or another one in its place.
+void PacketQueue::answer(std::uint32_t id, std::uint32_t mark, const std::vector<std::byte>* otherPacket)
+{
+    constexpr std::size_t room = 256; // for the verdict around it
+    std::vector<char> buffer(room + (otherPacket ? otherPacket->size() : 0));
+    nlmsghdr* verdict = nfq_nlmsg_put(buffer.data(), NFQNL_MSG_VERDICT, m_number);
+    nfq_nlmsg_verdict_put(verdict, static_cast<int>(id), NF_ACCEPT);
+    nfq_nlmsg_verdict_put_mark(verdict, mark);
+    if (otherPacket)
+        nfq_nlmsg_verdict_put_pkt(verdict, otherPacket->data(), static_cast<std::uint32_t>(otherPacket->size()));
+    (void)mnl_socket_sendto(m_socket.get(), verdict, verdict->nlmsg_len);
 }
 
 void PacketQueue::count(const Decision& decision)
@@ -148,6 +178,7 @@ void PacketQueue::count(const Decision& decision)
         break;
     }
     case Reason::openedBefore:
+    case Reason::contradictory:
         ++m_counters.closed;
         break;
     case Reason::notBlocked:

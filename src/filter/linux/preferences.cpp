@@ -1,5 +1,7 @@
 #include "filter/linux/preferences.h"
 
+#include "filter/linux/mark_bits.h"
+
 #include <fcntl.h>
 #include <nlohmann/json.hpp>
 #include <sys/stat.h>
@@ -84,6 +86,7 @@ bool Preferences::asksToFilter() const
 
 std::string encodeState(const StoredState& state)
 {
+    const auto dumped = [](const Json& json) { return json.dump(-1, ' ', false, Json::error_handler_t::replace); };
     const Preferences& preferences = state.preferences;
     Json record { { "enabled", preferences.enabled }, { "grade", preferences.grade }, { "hasProvider", preferences.hasProvider },
         { "filterSockets", preferences.filterSockets } };
@@ -91,22 +94,36 @@ std::string encodeState(const StoredState& state)
         record["localizedDescription"] = *preferences.localizedDescription;
     if (preferences.providerIdentifier)
         record["providerIdentifier"] = *preferences.providerIdentifier;
-    if (preferences.hasBlockedDomains)
-        record["blockedDomains"] = preferences.blockedDomains;
-    const Json whole { { "activated", state.activated }, { "preferences", record }, { "dnsProxyProvider", state.dnsProxyProvider } };
-    return whole.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+    const Json others { { "activated", state.activated }, { "dnsProxyProvider", state.dnsProxyProvider }, { "generation", state.generation } };
+    std::string text = dumped(others);
+    text.back() = ',';
+    text += "\"preferences\":" + dumped(record);
+    if (preferences.hasBlockedDomains) {
+        // One after the other: a million of them as one value would take ten times their room.
+        text.back() = ',';
+        text += "\"blockedDomains\":[";
+        for (const std::string& domain : preferences.blockedDomains)
+            text += dumped(domain) + ",";
+        if (!preferences.blockedDomains.empty())
+            text.pop_back();
+        text += "]}";
+    }
+    return text + "}\n";
 }
 
 std::expected<StoredState, std::string> decodeState(const std::string& text)
 {
     const Json whole = Json::parse(text, nullptr, false);
     StoredState state;
-    if (!whole.is_object() || !hasOnly(whole, { "activated", "preferences", "dnsProxyProvider" }) || !whole.contains("activated")
+    if (!whole.is_object() || !hasOnly(whole, { "activated", "preferences", "dnsProxyProvider", "generation" }) || !whole.contains("activated")
         || !whole["activated"].is_boolean() || !whole.contains("preferences") || !readPreferences(whole["preferences"], state.preferences))
         return std::unexpected("the stored state is damaged");
     if (whole.contains("dnsProxyProvider") && !isText(whole["dnsProxyProvider"]))
         return std::unexpected("the stored state is damaged");
+    if (whole.contains("generation") && (!whole["generation"].is_number_unsigned() || whole["generation"].get<std::uint64_t>() > lastGeneration))
+        return std::unexpected("the stored state is damaged");
     state.activated = whole["activated"].get<bool>();
+    state.generation = whole.value("generation", std::uint8_t { 0 });
     state.dnsProxyProvider = whole.value("dnsProxyProvider", std::string());
     return state;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <expected>
 #include <map>
 #include <optional>
@@ -31,12 +32,13 @@ struct StoredState {
     bool activated = false;
     Preferences preferences {};
     std::string dnsProxyProvider {}; ///< of a configuration that an earlier version saved
+    std::uint8_t generation = 0;     ///< of the list of domains: what it allowed stays allowed when the daemon starts anew
 
     bool operator==(const StoredState&) const = default;
 };
 
 /// More than a list of domains may hold, and one entry of it.
-inline constexpr std::size_t mostDomains = 4'000'000;
+inline constexpr std::size_t mostDomains = 1'500'000;
 inline constexpr std::size_t longestText = 4096;
 
 /// As it stands in the file, and back. What is not of that form, or holds an unknown key, is an error.

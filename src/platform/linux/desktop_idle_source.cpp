@@ -34,6 +34,7 @@ std::optional<double> DesktopIdleSource::fromServer()
     const xcb_query_extension_reply_t* extension = xcb_get_extension_data(m_connection->raw(), &xcb_screensaver_id);
     if (!extension || !extension->present)
         return std::nullopt;
+    ++m_roundTrips;
     const XcbPtr<xcb_screensaver_query_info_reply_t> info(
         xcb_screensaver_query_info_reply(m_connection->raw(), xcb_screensaver_query_info(m_connection->raw(), m_connection->root()), nullptr));
     return info ? std::optional(info->ms_since_user_input / 1000.0) : std::nullopt;

@@ -4,6 +4,7 @@
 #include "platform/linux/bounded_bus.h"
 #include "platform/linux/x11_connection.h"
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 
@@ -15,10 +16,14 @@ class DesktopIdleSource final : public IdleSource {
 public:
     [[nodiscard]] std::vector<double> secondsSinceLastEvents() override;
 
+    /// How often the X server was waited for, apart from opening connections.
+    [[nodiscard]] std::uint64_t roundTrips() const { return m_roundTrips; }
+
 private:
     [[nodiscard]] std::optional<double> fromServer();
 
     std::unique_ptr<X11Connection> m_connection;
+    std::uint64_t m_roundTrips = 0;
     std::unique_ptr<BoundedBus> m_session;
 };
 

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <unistd.h>
 #include <unordered_set>
+#include <utility>
 #include <xcb/res.h>
 
 namespace orvanta {
@@ -203,6 +204,25 @@ xcb_window_t X11Windows::focusWindow()
 
 X11Desktop X11Windows::desktop()
 {
+    if (m_memory == Memory::none)
+        return fetchDesktop();
+    takeEvents();
+    if (m_desktop)
+        return *m_desktop;
+    if (!std::exchange(m_isRootFollowed, true)) {
+        // Before the properties are asked for, so that no change falls between.
+        const std::uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE;
+        xcb_change_window_attributes(m_connection.raw(), m_connection.root(), XCB_CW_EVENT_MASK, &events);
+    }
+    X11Desktop desktop = fetchDesktop();
+    forgetAllBut(desktop);
+    if (!m_connection.isLost())
+        m_desktop = desktop;
+    return desktop;
+}
+
+X11Desktop X11Windows::fetchDesktop()
+{
     ++m_roundTrips;
     const X11Atoms& atoms = m_connection.atoms();
     xcb_connection_t* connection = m_connection.raw();
@@ -216,8 +236,6 @@ X11Desktop X11Windows::desktop()
     desktop.currentDesktop = number(property(connection, current)).value_or(0);
     desktop.clients = windowList(property(connection, clients));
     desktop.stacking = windowList(property(connection, stacking));
-    if (m_memory == Memory::followed)
-        forgetAllBut(desktop);
     return desktop;
 }
 
@@ -282,16 +300,23 @@ void X11Windows::takeEvents()
     const X11Atoms& atoms = m_connection.atoms();
     const std::array described { xcb_atom_t { XCB_ATOM_WM_CLASS }, atoms.gtkApplicationId, atoms.netWmPid, xcb_atom_t { XCB_ATOM_WM_CLIENT_MACHINE },
         xcb_atom_t { XCB_ATOM_WM_TRANSIENT_FOR }, atoms.netWmDesktop, atoms.netWmWindowType, atoms.netWmState, atoms.orvantaPanel };
+    const std::array ofDesktop { atoms.netActiveWindow, atoms.netCurrentDesktop, atoms.netClientList, atoms.netClientListStacking };
     while (const X11Event event = m_connection.nextEvent()) {
         const auto type = event->response_type & 0x7f;
         if (type == XCB_PROPERTY_NOTIFY) {
             const auto* notify = reinterpret_cast<const xcb_property_notify_event_t*>(event.get());
-            if (std::ranges::find(described, notify->atom) != described.end())
+            if (notify->window == m_connection.root()) {
+                if (std::ranges::find(ofDesktop, notify->atom) != ofDesktop.end())
+                    m_desktop.reset();
+            } else if (std::ranges::find(described, notify->atom) != described.end()) {
                 m_remembered.erase(notify->window);
+            }
         } else if (type == XCB_DESTROY_NOTIFY) {
             m_remembered.erase(reinterpret_cast<const xcb_destroy_notify_event_t*>(event.get())->window);
         }
     }
+    if (m_connection.isLost())
+        m_desktop.reset();
 }
 
 void X11Windows::forgetAllBut(const X11Desktop& desktop)

@@ -48,9 +48,9 @@ struct X11Desktop {
 /// the server's own. On a lost connection every answer is empty.
 class X11Windows {
 public:
-    /// How windows that were described before are described again.
+    /// How what was asked before is answered again.
     enum class Memory {
-        none,     ///< they are asked for afresh; for those who ask rarely
+        none,     ///< it is asked for afresh; for those who ask rarely
         followed, ///< only what the server has announced a change of is asked for; for those who ask often
     };
 
@@ -64,11 +64,12 @@ public:
     /// window manager's own, out of everyone's sight.
     [[nodiscard]] xcb_window_t focusWindow();
 
-    /// A followed memory forgets what is no longer here.
+    /// From a followed memory it costs no round trip unless the server has announced a change, and is what was announced
+    /// until now; the memory forgets the windows that are no longer here.
     [[nodiscard]] X11Desktop desktop();
 
     /// Describes `windows`, in their order; those that no longer exist are left out. Costs no round trip where everything is
-    /// remembered, and is then as fresh as the last round trip; a followed memory consumes the connection's events.
+    /// remembered; a followed memory consumes the connection's events.
     [[nodiscard]] std::vector<X11Window> describe(std::span<const xcb_window_t> windows);
 
     /// Asks the window manager to iconify the windows, in their order. When it returns, the wish stands before whatever is
@@ -95,11 +96,14 @@ public:
     [[nodiscard]] std::uint64_t roundTrips() const { return m_roundTrips; }
 
 private:
+    [[nodiscard]] X11Desktop fetchDesktop();
     void forgetAllBut(const X11Desktop& desktop);
     [[nodiscard]] std::vector<X11Window> fetch(std::span<const xcb_window_t> windows, Memory memory);
 
     X11Connection& m_connection;
     Memory m_memory;
+    std::optional<X11Desktop> m_desktop; ///< as it is until a change is announced
+    bool m_isRootFollowed = false;
     std::unordered_map<xcb_window_t, X11Window> m_remembered;
     std::uint64_t m_roundTrips = 0;
 };

@@ -76,8 +76,13 @@ Sheet {
             }
 
             StyledText {
+                objectName: "finding"
+                anchors.horizontalCenter: parent.horizontalCenter
+                width: Math.min(implicitWidth, well.width - 2 * 12)
                 style: editor.style
                 text: qsTr("Finding applications…")
+                wrapMode: Text.Wrap
+                horizontalAlignment: Text.AlignHCenter
                 color: editor.style.secondaryText
             }
         }

@@ -10,6 +10,10 @@ PressableControl {
     property bool awake: available
     property bool blockingActive: false
 
+    // A capsule; in words that need several lines, a sheet's corner.
+    readonly property real radius: label.lineCount > 1 ? 20 : height / 2
+
+    ringRadius: radius + ringMargin
     implicitWidth: label.implicitWidth + 2 * 16
     implicitHeight: Math.max(32, label.height + 12)
 
@@ -22,7 +26,7 @@ PressableControl {
 
         objectName: "capsule"
         anchors.fill: parent
-        radius: height / 2
+        radius: button.radius
         color: wanted
         border.width: button.awake ? 1 : 0
         border.color: button.style.goldEdge
@@ -41,7 +45,8 @@ PressableControl {
         width: Math.min(implicitWidth, button.width - 2 * 8)
         style: button.style
         text: button.text
-        elide: Text.ElideRight
+        wrapMode: Text.Wrap
+        horizontalAlignment: Text.AlignHCenter
         font.weight: Font.DemiBold
         color: !button.awake ? button.style.disabledText : button.blockingActive ? button.style.activeInk : button.style.goldInk
         Accessible.ignored: true

@@ -19,7 +19,7 @@ Item {
         anchors { left: parent.left; right: addButton.left; rightMargin: 12; verticalCenter: parent.verticalCenter }
         style: header.style
         text: header.title
-        elide: Text.ElideRight
+        wrapMode: Text.Wrap
     }
 
     AddButton {

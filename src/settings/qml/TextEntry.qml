@@ -50,6 +50,8 @@ FocusScope {
         objectName: "input"
         anchors { left: entry.searches ? glass.right : parent.left; leftMargin: entry.searches ? 8 : 12; right: parent.right; rightMargin: 12; top: parent.top; bottom: parent.bottom }
         verticalAlignment: TextInput.AlignVCenter
+        // Said outright, so that a domain in a mirrored window stands on the right, where its row will.
+        horizontalAlignment: TextInput.AlignLeft
         focus: true
         clip: true
         color: entry.style.text
@@ -87,6 +89,9 @@ FocusScope {
             style: entry.style
             text: entry.placeholder
             color: entry.style.secondaryText
+            // Rather smaller than cut off.
+            fontSizeMode: Text.HorizontalFit
+            minimumPixelSize: 11
             elide: Text.ElideRight
             Accessible.ignored: true
         }

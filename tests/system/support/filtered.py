@@ -1,5 +1,6 @@
 """A network of two machines with orvanta-filterd on the first: this process's own network namespace, in which the clients
 and the filter are, and another one with web servers, joined by a cable. The bus is a private one."""
+import contextlib
 import os
 import signal
 import socket
@@ -127,8 +128,10 @@ class Network:
         os.chmod(self.folder.name, 0o755)
         self._start("dbus-daemon", f"--config-file={configuration}", "--nofork", "--nopidfile")
         until(path.exists, "the bus")
-        self.address = f"unix:path={path}"
-        os.environ["DBUS_SYSTEM_BUS_ADDRESS"] = self.address
+        self._connect(f"unix:path={path}")
+
+    def _connect(self, address):
+        self.address = os.environ["DBUS_SYSTEM_BUS_ADDRESS"] = address
         flags = Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION
         self.bus = Gio.DBusConnection.new_for_address_sync(self.address, flags, None, None)
 
@@ -140,6 +143,9 @@ class Network:
 
     def _is_on_the_bus(self):
         assert self.daemon.poll() is None, "the daemon ended"
+        return self._has_owner()
+
+    def _has_owner(self):
         return self.bus.call_sync("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "NameHasOwner",
                                   GLib.Variant("(s)", (NAME,)), None, 0, -1, None).unpack()[0]
 
@@ -148,6 +154,35 @@ class Network:
             self.daemon.send_signal(how)
             self.daemon.wait(30)
             self.daemon = None
+
+    def kill(self):
+        self.stop(signal.SIGKILL)
+
+    @contextlib.contextmanager
+    def machine_behind(self):
+        """A third machine, whose way to the servers leads through the first one. Gives the words that run a command on it."""
+        third = subprocess.Popen(["unshare", "--net", "sleep", "infinity"])
+        ours = os.readlink("/proc/self/ns/net")
+        try:
+            until(lambda: os.readlink(f"/proc/{third.pid}/ns/net") != ours, "a third network")
+            there = ("nsenter", "--target", str(third.pid), "--net")
+            run("ip", "link", "add", "wire", "type", "veth", "peer", "name", "wire", "netns", str(third.pid))
+            for where, last in (((), 1), (there, 2)):
+                run(*where, "ip", "link", "set", "lo", "up")
+                run(*where, "ip", "address", "add", f"10.78.0.{last}/24", "dev", "wire")
+                run(*where, "ip", "address", "add", f"fd78::{last}/64", "dev", "wire", "nodad")
+                run(*where, "ip", "link", "set", "wire", "up")
+            for family, gateway in (("-4", "10.78.0.1"), ("-6", "fd78::1")):
+                run(*there, "ip", family, "route", "add", "default", "via", gateway)
+            for family, net, gateway in (("-4", "10.78.0.0/24", "10.77.0.1"), ("-6", "fd78::/64", "fd77::1")):
+                run(*self.elsewhere, "ip", family, "route", "replace", net, "via", gateway)
+            for setting in ("net.ipv4.ip_forward=1", "net.ipv6.conf.all.forwarding=1"):
+                run("sysctl", "--quiet", "--write", setting)
+            yield there
+        finally:
+            third.kill()
+            third.wait()
+            until(lambda: "wire" not in run("ip", "-brief", "link"), "the third machine is gone")
 
     def call(self, method, arguments=None):
         try:

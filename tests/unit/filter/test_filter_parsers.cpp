@@ -28,6 +28,17 @@ Bytes prefixOf(const Octets& bytes, std::size_t size)
     return Bytes(bytes).first(size);
 }
 
+/// What the Internet's checksum makes of bytes that hold their own checksum: 0xffff if that is right.
+unsigned foldedSum(Bytes bytes)
+{
+    unsigned sum = 0;
+    for (std::size_t at = 0; at < bytes.size(); at += 2)
+        sum += std::to_integer<unsigned>(bytes[at]) * 256 + (at + 1 < bytes.size() ? std::to_integer<unsigned>(bytes[at + 1]) : 0);
+    while (sum > 0xffff)
+        sum = (sum & 0xffff) + (sum >> 16);
+    return sum;
+}
+
 } // namespace
 
 class TestFilterParsers : public QObject {
@@ -45,6 +56,17 @@ private Q_SLOTS:
         QVERIFY(http("M-SEARCH * HTTP/1.1\r\nHost: www.example.com\r\n") == expected);
     }
 
+    void theHostLineIsFoundAsLenientServersReadIt()
+    {
+        const NameSearch expected { .outcome = found, .name = "a.example" };
+        QVERIFY(http("GET / HTTP/1.1\r\nHost : a.example\r\n\r\n") == expected);
+        QVERIFY(http("GET / HTTP/1.1\r\nHost:\r\n a.example\r\n\r\n") == expected);
+        QVERIFY(http("GET / HTTP/1.1\r\nHost:\r\n \r\n\ta.example\r\n\r\n") == expected);
+        QVERIFY(http("get / HTTP/1.1\r\nHost: a.example\r\n\r\n") == expected);
+        QVERIFY(http("GET / HTTP/1.1\r\nHost:\r\n").outcome == incomplete);
+        QVERIFY(http("GET / HTTP/1.1\r\nHost:\r\n a.exa").outcome == incomplete);
+    }
+
     void anAbsoluteTargetCountsBeforeTheHostLine()
     {
         QVERIFY(http("GET http://u:p@a.example:8080/x HTTP/1.1\r\nHost: b.example\r\n\r\n").name == "a.example");
@@ -60,8 +82,7 @@ private Q_SLOTS:
 
     void whatIsNoRequestIsForeign()
     {
-        for (const auto* text :
-            { "get / HTTP/1.1\r\n", "\x16\x03\x01", "SSH-2.0-x\r\n", "GET /\r\n", "AVERYLONGMETHODTHATNOBODYHAS / HTTP/1.1", " GET" })
+        for (const auto* text : { "\x16\x03\x01", "SSH-2.0-x\r\n", "GET /\r\n", "AVERYLONGMETHODTHATNOBODYHAS / HTTP/1.1", " GET" })
             QVERIFY2(http(text).outcome == foreign, text);
     }
 
@@ -182,6 +203,46 @@ private Q_SLOTS:
         QCOMPARE(QByteArray::fromStdString(std::string(asText(buffer.prefix()))), QByteArray("ABcdEF"));
     }
 
+    void aContradictionIsNoticed()
+    {
+        RangeBuffer buffer(100);
+        QVERIFY(buffer.insert(10, asBytes("abcdef")) == RangeBuffer::Fit::agrees);
+        QVERIFY(buffer.insert(12, asBytes("cd")) == RangeBuffer::Fit::agrees);
+        QVERIFY(buffer.insert(0, asBytes("0123456789abXdef")) == RangeBuffer::Fit::contradicts);
+        QCOMPARE(asText(buffer.prefix()), std::string_view("0123456789abcdef"));
+        QVERIFY(buffer.insert(16, asBytes("ghi")) == RangeBuffer::Fit::agrees);
+        QVERIFY(buffer.insert(17, asBytes("xx")) == RangeBuffer::Fit::contradicts);
+    }
+
+    void theNumberOfGapsIsBounded()
+    {
+        RangeBuffer buffer(longestSearch);
+        for (std::size_t offset = 1; offset < 4 * RangeBuffer::mostRanges; offset += 2)
+            (void)buffer.insert(offset, asBytes("x"));
+        // What fills a gap, or goes on from the beginning, is still taken.
+        for (std::size_t offset = 0; offset < 2 * RangeBuffer::mostRanges; offset += 2)
+            (void)buffer.insert(offset, asBytes("y"));
+        QCOMPARE(buffer.prefix().size(), 2 * RangeBuffer::mostRanges);
+    }
+
+    void theBeginningMayTurnOutToBeFurtherBack()
+    {
+        RangeBuffer buffer(10);
+        (void)buffer.insert(0, asBytes("cd"));
+        (void)buffer.insert(4, asBytes("gh"));
+        buffer.moveBack(2);
+        QVERIFY(buffer.prefix().empty());
+        (void)buffer.insert(0, asBytes("abcdef"));
+        QCOMPARE(asText(buffer.prefix()), std::string_view("abcdefgh"));
+        buffer.moveBack(4);
+        (void)buffer.insert(0, asBytes("0123"));
+        QCOMPARE(asText(buffer.prefix()), std::string_view("0123abcdef"));
+        buffer.moveBack(4000);
+        QVERIFY(buffer.prefix().empty());
+        (void)buffer.insert(0, asBytes("0123456789xx"));
+        QCOMPARE(asText(buffer.prefix()), std::string_view("0123456789"));
+    }
+
     void piecesBeyondTheBoundAreDropped()
     {
         RangeBuffer buffer(4);
@@ -220,6 +281,62 @@ private Q_SLOTS:
         QVERIFY(!rewrittenAnswer(dnsAnswer({ "www", "b", "example" }, 65), blocked));
         QVERIFY(!rewrittenAnswer(dnsAnswer({ "a", "example" }, 65, 0x0100), blocked)); // a question
         QVERIFY(!rewrittenAnswer(octets("short"), blocked));
+    }
+
+    void anAnswerThatWasCutShortIsWholeAfterwards()
+    {
+        const auto blocked = DomainTable::build(std::array<std::string, 1> { "a.example" });
+        constexpr int cutShort = 0x8380;
+        const auto answer = rewrittenAnswer(dnsAnswer({ "a", "example" }, 65, cutShort), blocked);
+        QVERIFY(answer.has_value());
+        QCOMPARE(std::to_integer<int>((*answer)[2]), 0x81);
+    }
+
+    void theAnswerIsExchangedInItsPacket_data()
+    {
+        QTest::addColumn<bool>("isVersion4");
+        QTest::addColumn<int>("excess");
+        QTest::newRow("version 4") << true << 0;
+        QTest::newRow("version 4, with more bytes than the packet says") << true << 6;
+        QTest::newRow("version 6") << false << 0;
+    }
+
+    void theAnswerIsExchangedInItsPacket()
+    {
+        QFETCH(bool, isVersion4);
+        QFETCH(int, excess);
+        const auto blocked = DomainTable::build(std::array<std::string, 1> { "a.example" });
+        const Octets message = dnsAnswer({ "www", "a", "example" }, 65);
+        Octets packet = udpPacket(isVersion4 ? Ip::v4 : Ip::v6, 53, 40000, message);
+        packet.resize(packet.size() + static_cast<std::size_t>(excess));
+        const auto other = rewrittenAnswerPacket(packet, blocked);
+        QVERIFY(other.has_value());
+        const auto read = readPacket(*other);
+        const auto before = readPacket(packet);
+        QVERIFY(read && before && read->flow == before->flow);
+        const auto expected = rewrittenAnswer(message, blocked);
+        QVERIFY(std::ranges::equal(read->payload, *expected));
+        QCOMPARE(other->size(), read->transportAt + 8 + expected->size());
+        const std::size_t headerSize = isVersion4 ? 20 : 40;
+        if (isVersion4)
+            QCOMPARE(foldedSum(prefixOf(*other, headerSize)), 0xffffU);
+        const std::size_t addressesAt = isVersion4 ? 12 : 8;
+        Octets covered(other->begin() + static_cast<std::ptrdiff_t>(addressesAt), other->begin() + static_cast<std::ptrdiff_t>(headerSize));
+        append(covered, 17, 2);
+        append(covered, other->size() - headerSize, 2);
+        append(covered, Bytes(*other).subspan(headerSize));
+        QCOMPARE(foldedSum(covered), 0xffffU);
+    }
+
+    void onlyAnswersOfANameServiceAreExchanged()
+    {
+        const DomainTable none;
+        const Octets canary = dnsAnswer({ "use-application-dns", "net" }, 1);
+        QVERIFY(rewrittenAnswerPacket(udpPacket(Ip::v4, 53, 40000, canary), none));
+        QVERIFY(!rewrittenAnswerPacket(udpPacket(Ip::v4, 54, 40000, canary), none));
+        QVERIFY(!rewrittenAnswerPacket(udpPacket(Ip::v4, 53, 443, canary), none));
+        QVERIFY(!rewrittenAnswerPacket(tcpPacket(Ip::v4, 53, 40000, 1, canary), none));
+        QVERIFY(!rewrittenAnswerPacket(udpPacket(Ip::v4, 53, 40000, prefixOf(canary, 20)), none));
     }
 
     // Packets

@@ -240,8 +240,11 @@ private Q_SLOTS:
         const auto before = applications.frontmost();
         QVERIFY(before && !before->bundleIdentifier);
         m_client->setText(window, "WM_CLASS", QByteArray("xterm\0XTerm\0", 12));
-        const auto after = applications.frontmost();
-        QVERIFY(after && after->bundleIdentifier == u"debian-xterm.desktop"_s);
+        const auto isTerminal = [&applications] {
+            const auto after = applications.frontmost();
+            return after && after->bundleIdentifier == u"debian-xterm.desktop"_s;
+        };
+        QTRY_VERIFY_WITH_TIMEOUT(isTerminal(), patience);
         m_client->destroy(window);
     }
 
@@ -272,23 +275,29 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(applications->all() == before, patience);
     }
 
-    void asOftenAsItIsAskedItWaitsForTheServerTwiceAtMost()
+    void itWaitsForTheServerTwiceAtMostAndNotAtAllForWhatItFollows()
     {
         (void)makeApplications();
         X11RunningApplications applications(m_use, nobody);
+        const auto costOf = [&applications](const auto& question) {
+            const auto before = applications.roundTrips();
+            question();
+            return applications.roundTrips() - before;
+        };
+        const auto ask = [&applications] { (void)applications.all(); };
+        const std::uint64_t wanted = m_use == Use::periodic ? 0 : 2;
+        // The window manager may still be busy with the windows.
+        QTRY_COMPARE_WITH_TIMEOUT(costOf(ask), wanted, patience);
         const auto first = applications.all();
-        const auto before = applications.roundTrips();
-        const int rounds = 20;
-        for (int i = 0; i < rounds; ++i)
-            QVERIFY(applications.all() == first);
-        const std::uint64_t atMost = m_use == Use::periodic ? 1 : 2;
-        QCOMPARE(applications.roundTrips() - before, rounds * atMost);
+        QCOMPARE(costOf([&] {
+            for (int i = 0; i < 20; ++i)
+                QVERIFY(applications.all() == first);
+        }), wanted * 20);
 
-        // What changes costs one more, once.
+        // What changes is asked for.
         const xcb_window_t window = m_client->show({ .instanceName = "xterm", .className = "XTerm" });
-        const auto after = applications.roundTrips();
-        QCOMPARE(applications.all().size(), first.size() + 1);
-        QCOMPARE(applications.roundTrips() - after, std::uint64_t(2));
+        QTRY_COMPARE_WITH_TIMEOUT(applications.all().size(), first.size() + 1, patience);
+        QTRY_COMPARE_WITH_TIMEOUT(costOf(ask), wanted, patience);
         m_client->destroy(window);
     }
 
