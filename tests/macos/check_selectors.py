@@ -68,6 +68,35 @@ def read_allowed(path):
     return methods, messages
 
 
+def read_object(otool, path):
+    """The methods that the object has, and the selectors that it names."""
+    return set(implemented(otool, path)), set(named(otool, path))
+
+
+def found_in(objects):
+    """Which method, and which message that is not only such a method's name, stands in which of the objects."""
+    methods, names = {}, {}
+    for path, (its_methods, its_names) in objects.items():
+        methods |= dict.fromkeys(its_methods, path)
+        names |= dict.fromkeys(its_names, path)
+    own = {name for _, _, name, _ in methods}
+    messages = {name: path for name, path in names.items() if name not in own and not name.startswith((".cxx_", "m_"))}
+    return methods, messages
+
+
+def differences(objects, allowed):
+    methods, messages = found_in(objects)
+    allowed_methods, allowed_messages = read_allowed(allowed)
+    for owner, kind, name, types in sorted(methods.keys() - allowed_methods):
+        yield f"{methods[owner, kind, name, types]}: implements {kind}[{owner} {name}] {types}, which is not in the list"
+    for owner, kind, name, types in sorted(allowed_methods - methods.keys()):
+        yield f"{allowed}: nothing implements {kind}[{owner} {name}] {types}"
+    for name in sorted(messages.keys() - allowed_messages):
+        yield f"{messages[name]}: names {name}, which is not in the list"
+    for name in sorted(allowed_messages - messages.keys()):
+        yield f"{allowed}: nothing names {name}"
+
+
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--otool", required=True)
@@ -76,39 +105,21 @@ def main():
     parser.add_argument("objects", nargs="+")
     options = parser.parse_args()
 
-    differences = []
-    methods, names = {}, {}
-    for path in options.objects:
-        if not is_mach_object(path):
-            differences.append(f"{path}: is no Mach-O object for arm64")
-            continue
-        for method in implemented(options.otool, path):
-            methods[method] = path
-        for name in named(options.otool, path):
-            names.setdefault(name, path)
-    own = {name for _, _, name, _ in methods}
-    messages = {name: path for name, path in names.items() if name not in own and not name.startswith(".cxx_") and not name.startswith("m_")}
-
+    found = [f"{path}: is no Mach-O object for arm64" for path in options.objects if not is_mach_object(path)]
+    objects = {} if found else {path: read_object(options.otool, path) for path in options.objects}
     if options.print:
+        methods, messages = found_in(objects)
         for owner, kind, name, types in sorted(methods):
             print(f"method {owner} {kind}{name} {types}")
         for name in sorted(messages):
             print(f"message {name}")
         return 0
-
-    allowed_methods, allowed_messages = read_allowed(options.allowed)
-    for method in sorted(methods.keys() - allowed_methods):
-        differences.append(f"{methods[method]}: implements {method[1]}[{method[0]} {method[2]}] {method[3]}, which is not in the list")
-    for method in sorted(allowed_methods - methods.keys()):
-        differences.append(f"{options.allowed}: nothing implements {method[1]}[{method[0]} {method[2]}] {method[3]}")
-    for name in sorted(messages.keys() - allowed_messages):
-        differences.append(f"{messages[name]}: names {name}, which is not in the list")
-    for name in sorted(allowed_messages - messages.keys()):
-        differences.append(f"{options.allowed}: nothing names {name}")
-    for difference in differences:
+    if objects:
+        found += differences(objects, options.allowed)
+    for difference in found:
         print(difference)
-    print(f"check_selectors: {len(methods)} methods, {len(messages)} messages, {len(differences)} differences")
-    return 1 if differences else 0
+    print(f"check_selectors: {len(options.objects)} objects, {len(found)} differences")
+    return 1 if found else 0
 
 
 if __name__ == "__main__":

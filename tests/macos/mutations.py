@@ -22,6 +22,8 @@ from concurrent.futures import ThreadPoolExecutor
 from dataclasses import dataclass
 from pathlib import Path
 
+import check_selectors
+
 HERE = Path(__file__).resolve().parent
 LAYER = HERE.parent.parent / "src" / "platform" / "macos"
 
@@ -147,6 +149,7 @@ class Checks:
         self.build = build
         self.otool = otool
         self.mach = build / "tests" / "macos" / "mach"
+        self.objects = {path: check_selectors.read_object(otool, path) for path in sorted(self.mach.glob("*.o"))}
 
     def compile(self, mistake, source, folder):
         target = self.mach / f"{Path(mistake.source).stem}.o"
@@ -155,9 +158,9 @@ class Checks:
         return None if done.returncode == 0 else first_line(done.stderr, "error:").replace(f"{source}:", "")
 
     def selectors(self, mistake, source, folder):
-        objects = [folder / "mach.o" if path.stem == Path(mistake.source).stem else path for path in sorted(self.mach.glob("*.o"))]
-        done = run([sys.executable, HERE / "check_selectors.py", "--otool", self.otool, "--allowed", HERE / "allowed_selectors.txt", *objects], self.build)
-        return None if done.returncode == 0 else first_line(done.stdout, "which is not in the list").replace(f"{folder}/", "")
+        objects = {path: found for path, found in self.objects.items() if path.stem != Path(mistake.source).stem}
+        objects[mistake.source] = check_selectors.read_object(self.otool, folder / "mach.o")
+        return next(check_selectors.differences(objects, HERE / "allowed_selectors.txt"), None)
 
     def run(self, mistake, source, folder):
         target = f"tests/macos/CMakeFiles/macos_on_gnustep.dir/__/__/src/platform/macos/{mistake.source}.o"
