@@ -37,8 +37,10 @@ start_kwin() {
 FocusStealingPreventionLevel=0
 Placement=Centered
 END
+  printf '#!/bin/sh\necho "$DISPLAY" >"%s"\n' "$folder/x" >"$folder/tell-display"
+  chmod +x "$folder/tell-display"
   start compositor env KWIN_COMPOSE=O2 LIBGL_ALWAYS_SOFTWARE=1 "$folder/kwin_wayland" --virtual --width 1920 --height 1080 --output-count 2 \
-    --xwayland --no-lockscreen --no-global-shortcuts --socket orvanta-test -- sh -c "echo \"\$DISPLAY\" >'$folder/x'"
+    --xwayland --no-lockscreen --no-global-shortcuts --socket orvanta-test "$folder/tell-display"
   await "KWin" written "$folder/x"
   DISPLAY=$(<"$folder/x") WAYLAND_DISPLAY=orvanta-test
   export DISPLAY WAYLAND_DISPLAY
@@ -57,7 +59,7 @@ start_gnome() {
   local extensions="$XDG_DATA_HOME/gnome-shell/extensions" tests="$(dirname "${BASH_SOURCE[0]}")" enabled="'driver@orvanta.test'"
   mkdir -p "$extensions"
   cp -r "$tests/gnome-driver" "$extensions/driver@orvanta.test"
-  cp -r "$tests/../../../packaging/gnome-extension/43" "$extensions/focus@orvanta.com"
+  "$tests/../../../packaging/gnome-extension/make-extension" 43 "$extensions/focus@orvanta.com"
   if [[ "$helper" == yes ]]; then enabled+=", 'focus@orvanta.com'"; fi
   export GSETTINGS_BACKEND=keyfile
   gsettings set org.gnome.shell enabled-extensions "[$enabled]"
@@ -69,6 +71,10 @@ start_gnome() {
   x_display_named() { grep -q 'public X11 display :' "$folder/log/compositor"; }
   await "GNOME Shell" x_display_named
   DISPLAY=$(grep -o 'public X11 display :[0-9]*' "$folder/log/compositor" | grep -o ':[0-9]*')
-  export DISPLAY
-  await "GNOME's driver" gdbus call --session --dest com.orvanta.Test.Driver --object-path /com/orvanta/Test/Driver --method com.orvanta.Test.Driver.Ready
+  XAUTHORITY=$(echo "$XDG_RUNTIME_DIR"/.mutter-Xwaylandauth.*)
+  export DISPLAY XAUTHORITY
+  shell_is_ready() {
+    gdbus call --session --dest com.orvanta.Test.Driver --object-path /com/orvanta/Test/Driver --method com.orvanta.Test.Driver.Ready | grep -q true
+  }
+  await "GNOME's driver" shell_is_ready
 }

@@ -1,6 +1,5 @@
 #include "platform/linux/wayland/kwin_feed.h"
 
-#include "platform/linux/wayland/layer_shell.h"
 #include "platform/linux/x11_panel_windows.h"
 
 #include <QFile>
@@ -25,11 +24,13 @@ constexpr auto introspection = R"(<node><interface name="com.orvanta.Focus.Windo
   <method name="Hidden"/>
 </interface></node>)";
 
-/// Our cover, as a layer or through XWayland.
+/// Our cover. KWin tells of a layer's surface by its program alone, without a title or a desktop file.
 bool isOurPanel(const QJsonObject& told)
 {
-    return told["isLayer"_L1].toBool() ? told["className"_L1].toString() == QLatin1StringView(layerNamespace)
-                                       : told["role"_L1].toString() == QLatin1StringView(panelWindowRole);
+    if (told["role"_L1].toString() == QLatin1StringView(panelWindowRole))
+        return true;
+    const bool isOurs = told["pid"_L1].toInt() == ::getpid() || told["instance"_L1].toString() == "orvanta-focus"_L1;
+    return isOurs && told["isUntitled"_L1].toBool() && told["desktopFile"_L1].toString().isEmpty();
 }
 
 /// Several threads of one process may each have a feed.

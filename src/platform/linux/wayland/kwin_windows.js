@@ -16,8 +16,7 @@ function describe(window) {
         pid: window.pid || 0,
         isHidden: window.minimized === true,
         skipsTaskbar: window.skipTaskbar === true || window.specialWindow === true,
-        isOurDesktop: window.desktopWindow === true || window.dock === true,
-        isLayer: window.normalWindow !== true && window.managed !== true,
+        isUntitled: !window.caption,
         x: Math.round(frame.x), y: Math.round(frame.y), width: Math.round(frame.width), height: Math.round(frame.height)
     };
 }
