@@ -44,6 +44,14 @@ struct Platform {
 /// there is none that the program can work on. Call first thing in main.
 [[nodiscard]] Result<void> preparePlatform();
 
+/// What the program works with on this desktop and what it lacks there, in lines for the user. May take a few seconds. Call before
+/// the application object exists.
+struct DesktopDiagnosis {
+    QStringList sources;
+    QStringList missing; ///< each with what can be done about it
+};
+[[nodiscard]] DesktopDiagnosis diagnoseDesktop();
+
 /// Apart from the rest, since what the panels show needs it. Call after the application object exists.
 [[nodiscard]] std::unique_ptr<MotionPreference> makeMotionPreference();
 

@@ -5,6 +5,7 @@ import unittest
 from support import accessible
 from support.programs import Application
 from support.scene import CALCULATOR, EDITOR, XTERM
+from support.wayland import COMPOSITOR
 from support.wayland_scene import BUTTON, WaylandScene
 from support.waiting import until
 
@@ -42,20 +43,31 @@ class Covering(WaylandScene):
         self.assert_stays_uncovered(focus)
 
     def test_a_full_screen_application_is_covered(self):
-        focus = self.active_focus(CALCULATOR)
+        focus = self.active_focus(XTERM)
         calculator = self.native("galculator")
-        self.assert_covered(focus)
-        self.desktop.full_screen(calculator.pid)
-        until(lambda: self.desktop.window(calculator.pid).frame == self.desktop.displays[0], "the calculator fills the display")
-        self.desktop.activate(calculator.pid)
+        self.bring_to_front(calculator)
+        self.desktop.move_to_second_display(calculator.pid)
+        until(lambda: self.desktop.window(calculator.pid).frame[0] >= self.desktop.displays[1][0], "the calculator is on the second display")
+        self.desktop.activate(focus.pid)  # back on the first display, where the next window opens
+        until(lambda: self.desktop.is_in_front(focus.pid), "our window is in front")
+        editor = self.native("mousepad")
+        self.bring_to_front(editor)
+        self.desktop.full_screen(editor.pid)
+        until(lambda: self.desktop.window(editor.pid).frame == self.desktop.displays[0], lambda: f"the editor fills the display: {self.desktop.windows()}")
+        self.bring_to_front(calculator)
+
+        focus.write_lists([EDITOR])
+        focus.wait_for_stored([EDITOR[0]])
+        self.desktop.activate(editor.pid)
         self.assert_covered(focus)
         self.press_return_on_cover(focus)
-        until(lambda: self.desktop.is_hidden(calculator.pid), "the calculator is hidden")
+        until(lambda: self.desktop.is_hidden(editor.pid), "the editor is hidden")
         self.assert_stays_uncovered(focus)
 
     def test_the_display_with_the_application_is_covered(self):
         self.native("galculator")
         editor = self.native("mousepad")
+        self.bring_to_front(editor)
         self.desktop.move_to_second_display(editor.pid)
         until(lambda: self.desktop.window(editor.pid).frame[0] >= self.desktop.displays[1][0], "the editor is on the second display")
         focus = self.active_focus(EDITOR)
@@ -93,6 +105,30 @@ class Sampling(WaylandScene):
             self.assertEqual(sample["frontmostApp"]["bundleIdentifier"], identifier)
             running = {application["bundleIdentifier"]: application["isActive"] for application in sample["runningApps"]}
             self.assertEqual(running, {EDITOR[0]: False, XTERM[0]: False, CALCULATOR[0]: False, identifier: True})
+
+
+class Diagnosing(unittest.TestCase):
+    SOURCES = {
+        "sway": ("sway's commands", "a layer surface", "org_kde_kwin_idle"),
+        "kwin": ("a script inside KWin", "a layer surface", "ext-idle-notify"),
+        "gnome": ("the extension of GNOME Shell", "a window of the X server", "Mutter's idle monitor"),
+    }
+
+    def test_the_sources_in_use_are_named_and_nothing_is_missing(self):
+        windows, cover, idle = self.SOURCES[COMPOSITOR]
+        diagnosis = Application("--diagnose")
+        self.addCleanup(diagnosis.kill)
+        self.assertEqual(diagnosis.wait(), 0, diagnosis.output)
+        self.assertEqual(
+            diagnosis.output.splitlines(),
+            [
+                "Windows are shown by: a Wayland compositor",
+                f"Applications are seen and hidden by: {windows}",
+                f"The cover is: {cover}",
+                f"The time without input is known by: {idle}",
+                "Nothing is missing.",
+            ],
+        )
 
 
 if __name__ == "__main__":

@@ -7,6 +7,7 @@
 #include "platform/linux/desktop_colour_scheme.h"
 #include "platform/linux/desktop_idle_source.h"
 #include "platform/linux/desktop_motion_preference.h"
+#include "platform/linux/desktop_report.h"
 #include "platform/linux/desktop_script_runner.h"
 #include "platform/linux/desktop_system_focus.h"
 #include "platform/linux/graphics_hardware.h"
@@ -45,11 +46,6 @@ bool isWaylandDesktop()
     return WaylandDisplay::open() != nullptr;
 }
 
-KeyWindowGeometry keyWindowGeometry(const std::shared_ptr<CompositorWindows>& windows)
-{
-    return windows ? waylandKeyWindowGeometry(windows) : x11KeyWindowGeometry();
-}
-
 std::unique_ptr<OverlayPanels> makeOverlayPanels(OverlayContentFactory& contents, PanelWindows& panelWindows)
 {
     if (const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>())
@@ -83,6 +79,12 @@ Result<void> preparePlatform()
         return std::unexpected(PlatformError { session.xServerProblem });
     useWaylandWindows(); // without covers, but all the rest
     return {};
+}
+
+DesktopDiagnosis diagnoseDesktop()
+{
+    const DesktopFindings found = findDesktop();
+    return { .sources = sourcesInUse(found), .missing = whatIsMissing(found) };
 }
 
 std::unique_ptr<MotionPreference> makeMotionPreference()
@@ -131,7 +133,10 @@ Platform makePlatform(OverlayContentFactory& contents)
     platform.secrets = std::make_unique<SecretService>();
     if (isWaylandDesktop())
         shared->compositorWindows = std::make_shared<CompositorWindows>();
-    platform.screens = std::make_unique<QtScreens>(keyWindowGeometry(shared->compositorWindows));
+    if (shared->compositorWindows)
+        platform.screens = std::make_unique<QtScreens>(waylandKeyWindowGeometry(shared->compositorWindows), QtScreens::Pixels::logical);
+    else
+        platform.screens = std::make_unique<QtScreens>();
     platform.overlayPanels = makeOverlayPanels(contents, shared->panelWindows);
     if (shared->compositorWindows) {
         platform.runningApplications = std::make_unique<WaylandRunningApplications>(shared->compositorWindows);

@@ -73,6 +73,8 @@ start_gnome() {
   DISPLAY=$(grep -o 'public X11 display :[0-9]*' "$folder/log/compositor" | grep -o ':[0-9]*')
   XAUTHORITY=$(echo "$XDG_RUNTIME_DIR"/.mutter-Xwaylandauth.*)
   export DISPLAY XAUTHORITY
+  # The shell ends XWayland when its last client has gone; a real session always has one.
+  start x-client xprop -spy -root _NET_ACTIVE_WINDOW
   shell_is_ready() {
     gdbus call --session --dest com.orvanta.Test.Driver --object-path /com/orvanta/Test/Driver --method com.orvanta.Test.Driver.Ready | grep -q true
   }

@@ -197,7 +197,7 @@ class KWin(_Bus, Desktop):
 
 
 class Gnome(_Bus, Desktop):
-    KEYS = {"Return": 0xFF0D, "Escape": 0xFF1B}
+    KEYS = {"Return": 0xFF0D, "Escape": 0xFF1B, "Shift_L": 0xFFE1}
 
     def __init__(self):
         super().__init__()
@@ -212,6 +212,7 @@ class Gnome(_Bus, Desktop):
             name = "org.gnome.Mutter.RemoteDesktop"
             self.remote = self.call(name, "/org/gnome/Mutter/RemoteDesktop", name, "CreateSession").unpack()[0]
             self.call(name, self.remote, f"{name}.Session", "Start")
+            self.key("Shift_L")  # the keyboard itself comes with the first key
 
     def windows(self):
         told = json.loads(self._driver("Windows").unpack()[0])

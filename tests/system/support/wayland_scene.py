@@ -15,7 +15,8 @@ class WaylandScene(Scene):
 
     def native(self, program):
         """A Wayland client's process, its window shown."""
-        process = self.process(program, environment={"GDK_BACKEND": "wayland", "QT_QPA_PLATFORM": "wayland"})
+        # Without a memory of how its window was left.
+        process = self.process(program, environment={"GDK_BACKEND": "wayland", "GSETTINGS_BACKEND": "memory"})
         self.desktop.window_of(process)
         return process
 
@@ -60,6 +61,6 @@ class WaylandScene(Scene):
         stays(lambda: self.is_uncovered(focus), "no cover")
 
     def press_return_on_cover(self, focus):
-        """As often as it takes: a cover is shown a moment before it has the keyboard."""
+        accessible.wait_until_active(focus.pid)  # a cover is shown a moment before it has the keyboard
         self.desktop.key("Return")
         self.assert_uncovered(focus)

@@ -2,6 +2,7 @@
 
 #include "platform/linux/wayland/gnome_feed.h"
 #include "platform/linux/wayland/kwin_feed.h"
+#include "platform/linux/wayland/sway_feed.h"
 #include "platform/linux/wayland/toplevel_feed.h"
 
 namespace orvanta {
@@ -29,6 +30,8 @@ void CompositorWindows::open()
         m_display = WaylandDisplay::open();
         if (m_display && m_display->offers("zwlr_foreign_toplevel_manager_v1"))
             m_toplevels = std::make_unique<ToplevelFeed>(*m_display);
+        if (const auto socket = m_display ? swaySocket(*m_display) : std::nullopt)
+            m_sway = std::make_unique<SwayFeed>(*socket);
     }
     if (!m_bus) {
         const std::string address = sessionBusAddress();
@@ -56,8 +59,14 @@ WindowFeed* CompositorWindows::feed()
     };
     if (m_display && m_display->isLost()) {
         silence(m_displayNotifier);
+        silence(m_swayNotifier);
+        m_sway.reset();
         m_toplevels.reset();
         m_display.reset();
+    }
+    if (m_sway && !m_sway->isAttached()) { // asked for its own part in a moment again
+        silence(m_swayNotifier);
+        m_sway.reset();
     }
     if (m_bus && m_bus->isLost()) {
         silence(m_busNotifier);
@@ -74,7 +83,7 @@ WindowFeed* CompositorWindows::feed()
 
     WindowFeed* used = nullptr;
     WindowSource source = WindowSource::none;
-    const auto offer = [&](const std::unique_ptr<WindowFeed>& feed, WindowSource kind) {
+    const auto offer = [&](const auto& feed, WindowSource kind) {
         if (!feed || used)
             return;
         feed->update();
@@ -85,6 +94,7 @@ WindowFeed* CompositorWindows::feed()
     };
     offer(m_gnome, WindowSource::gnomeExtension);
     offer(m_kwin, WindowSource::kwinScript);
+    offer(m_sway, WindowSource::swayCommands);
     offer(m_toplevels, WindowSource::foreignToplevel);
     if (used != m_used && used)
         ++m_attachment;
@@ -119,6 +129,8 @@ void CompositorWindows::follow()
         notify(m_displayNotifier, m_display->descriptor());
     if (m_bus && !m_busNotifier)
         notify(m_busNotifier, m_bus->descriptor());
+    if (m_sway && !m_swayNotifier)
+        notify(m_swayNotifier, m_sway->descriptor());
 }
 
 } // namespace orvanta

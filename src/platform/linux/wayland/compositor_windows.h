@@ -13,10 +13,12 @@
 
 namespace orvanta {
 
-/// Where what is known of the windows comes from.
-enum class WindowSource { none, gnomeExtension, kwinScript, foreignToplevel };
+class SwayFeed;
 
-/// The windows of a Wayland desktop by the best source that is there: GNOME's extension, KWin's script, wlr-foreign-toplevel. Each
+/// Where what is known of the windows comes from.
+enum class WindowSource { none, gnomeExtension, kwinScript, swayCommands, foreignToplevel };
+
+/// The windows of a Wayland desktop by the best source that is there: GNOME's extension, KWin's script, sway's commands, wlr-foreign-toplevel. Each
 /// is looked for by what it offers, never by the desktop's name; one that goes is missed, and one that comes is taken. Used on one
 /// thread, with connections of its own.
 class CompositorWindows {
@@ -46,6 +48,7 @@ private:
     std::unique_ptr<BoundedBus> m_bus;
     std::unique_ptr<WindowFeed> m_gnome;
     std::unique_ptr<WindowFeed> m_kwin;
+    std::unique_ptr<SwayFeed> m_sway;
     std::unique_ptr<WindowFeed> m_toplevels;
 
     WindowFeed* m_used = nullptr;
@@ -56,6 +59,7 @@ private:
     Callback<> m_changed;
     std::unique_ptr<QSocketNotifier> m_displayNotifier;
     std::unique_ptr<QSocketNotifier> m_busNotifier;
+    std::unique_ptr<QSocketNotifier> m_swayNotifier;
     std::unique_ptr<QTimer> m_later; ///< calls `changed` once more
     bool m_isTelling = false;
 };

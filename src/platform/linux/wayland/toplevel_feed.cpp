@@ -1,6 +1,6 @@
 #include "platform/linux/wayland/toplevel_feed.h"
 
-#include "platform/linux/wayland/hiding_commands.h"
+#include "platform/linux/wayland/hyprland_commands.h"
 
 #include "wlr-foreign-toplevel-management-unstable-v1-client.h"
 
@@ -178,12 +178,14 @@ std::vector<DesktopWindow> ToplevelFeed::takeActivations()
 
 void ToplevelFeed::hide(std::span<const DesktopWindow> windows)
 {
-    // What belongs to one application bears one application id.
-    std::vector<QString> applicationIds;
-    for (const DesktopWindow& window : windows)
-        applicationIds.push_back(QString::fromUtf8(window.traits.className));
-    if (hideByCommands(compositorProcess(m_display), applicationIds))
+    if (const auto hyprland = hyprlandSocket()) {
+        // What belongs to one application bears one application id.
+        std::vector<QString> applicationIds;
+        for (const DesktopWindow& window : windows)
+            applicationIds.push_back(QString::fromUtf8(window.traits.className));
+        hideByHyprland(*hyprland, applicationIds);
         return;
+    }
     for (const auto& toplevel : m_toplevels) {
         if (std::ranges::find(windows, toplevel->window.number, &DesktopWindow::number) != windows.end())
             zwlr_foreign_toplevel_handle_v1_set_minimized(toplevel->handle);

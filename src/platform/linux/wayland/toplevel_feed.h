@@ -11,9 +11,9 @@ struct zwlr_foreign_toplevel_manager_v1;
 
 namespace orvanta {
 
-/// The windows as compositors tell them by wlr-foreign-toplevel-management: sway, labwc, Hyprland, Wayfire and others. Panels of
-/// ours are layer surfaces, which it leaves out; while one has the keyboard, no window is in front. Hiding: sway's scratchpad,
-/// a special workspace of Hyprland, elsewhere minimising.
+/// The windows as compositors tell them by wlr-foreign-toplevel-management: labwc, Hyprland, Wayfire and others. Panels of
+/// ours are layer surfaces, which it leaves out; while one has the keyboard, no window is in front. Hiding: a special workspace of
+/// Hyprland, elsewhere minimising.
 class ToplevelFeed final : public WindowFeed {
 public:
     /// `display` outlives the feed and is dispatched by its owner.
