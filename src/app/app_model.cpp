@@ -264,6 +264,14 @@ void AppModel::setPermissionSummary(const QString& text)
     Q_EMIT permissionSummaryChanged();
 }
 
+void AppModel::setDesktopNotices(const QStringList& notices)
+{
+    if (m_desktopNotices == notices)
+        return;
+    m_desktopNotices = notices;
+    Q_EMIT noticesChanged();
+}
+
 void AppModel::store(KeyValueStore& store, const QString& key, const StoredValue& value)
 {
     const auto stored = store.setValue(key, value);

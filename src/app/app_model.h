@@ -73,7 +73,10 @@ public:
     /// One line for the user: the latest status or error, whoever wrote it last.
     [[nodiscard]] QString permissionSummary() const { return m_permissionSummary; }
     /// Further lines for the user, beside the status: what could not be stored, and what was found damaged.
-    [[nodiscard]] QStringList notices() const { return m_notices; }
+    [[nodiscard]] QStringList notices() const { return m_notices + m_desktopNotices; }
+
+    /// What the desktop lacks now, in place of what it lacked before; stands after the other notices.
+    void setDesktopNotices(const QStringList& notices);
     /// How far website protection is; absent, and not shown, until something is attached that protects.
     [[nodiscard]] const std::optional<WebsiteProtectionState>& websiteProtectionState() const { return m_websiteProtectionState; }
     /// The words on its button; empty while nothing is attached.
@@ -134,6 +137,7 @@ private:
     std::vector<BlockedApplication> m_blockedApplications;
     QString m_permissionSummary;
     QStringList m_notices;
+    QStringList m_desktopNotices;
     std::optional<WebsiteProtectionState> m_websiteProtectionState;
 
     bool m_orvantaWorkActive = false; ///< the service's last answer

@@ -82,6 +82,9 @@ int main(int argc, char** argv)
                        .service = *service },
         arguments, platform.notices);
 
+    const Subscription desktopNotices = platform.desktopNotices
+        ? platform.desktopNotices->observe([&model](const QStringList& notices) { model.setDesktopNotices(notices); })
+        : Subscription();
     SettingsModels settings(model, engine, *platform.applicationFolders, std::move(platform.applicationDirectory));
     MotionSettings motion(*motionPreference);
     MainWindow window(engine, model, settings, motion);

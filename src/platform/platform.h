@@ -5,6 +5,7 @@
 #include "platform/application_directory.h"
 #include "platform/application_folders.h"
 #include "platform/cloud_store.h"
+#include "platform/desktop_notices.h"
 #include "platform/key_value_store.h"
 #include "platform/motion_preference.h"
 #include "platform/overlay_panels.h"
@@ -35,6 +36,7 @@ struct Platform {
     std::unique_ptr<ApplicationFolders> applicationFolders;
     std::unique_ptr<ApplicationDirectory> applicationDirectory;
     MakeActivitySources activitySources;
+    std::unique_ptr<DesktopNotices> desktopNotices; ///< null where the desktop lacks nothing
 
     /// What the user should be told about how the system was found: a damaged settings file, say.
     QStringList notices;

@@ -63,14 +63,19 @@ QString idleText(const DesktopFindings& found)
 
 DesktopFindings findDesktop()
 {
+    CompositorWindows windows;
+    static_cast<void>(windows.feed());
+    return findDesktop(windows.source());
+}
+
+DesktopFindings findDesktop(WindowSource windows)
+{
     DesktopFindings found;
     found.session = findSessionTraits();
     found.cover = coverManner(found.session, qEnvironmentVariable("QT_QPA_PLATFORM"));
     if (!found.session.isWayland)
         return found;
-    CompositorWindows windows;
-    static_cast<void>(windows.feed());
-    found.windows = windows.source();
+    found.windows = windows;
     found.idle = findIdleProtocol();
     if (const std::string address = sessionBusAddress(); !address.empty()) {
         BoundedBus bus(address);

@@ -12,8 +12,8 @@ namespace orvanta {
 struct DesktopFindings {
     SessionTraits session;
     CoverManner cover = CoverManner::none;
-    WindowSource windows = WindowSource::none;   ///< of a Wayland desktop
-    IdleProtocol idle = IdleProtocol::none;      ///< of a Wayland desktop
+    WindowSource windows = WindowSource::none; ///< of a Wayland desktop
+    IdleProtocol idle = IdleProtocol::none;    ///< of a Wayland desktop
     bool isGnomeShell = false;
 
     bool operator==(const DesktopFindings&) const = default;
@@ -21,6 +21,9 @@ struct DesktopFindings {
 
 /// Asks the desktop. Takes as long as its helpers take to answer, a few seconds at most.
 [[nodiscard]] DesktopFindings findDesktop();
+
+/// The same where it is known already what the windows are told by.
+[[nodiscard]] DesktopFindings findDesktop(WindowSource windows);
 
 /// What the program works with here, one line for each thing, for those who want to know.
 [[nodiscard]] QStringList sourcesInUse(const DesktopFindings& found);

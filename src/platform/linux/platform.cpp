@@ -21,6 +21,7 @@
 #include "platform/linux/wayland/wayland_idle_source.h"
 #include "platform/linux/wayland/wayland_running_applications.h"
 #include "platform/linux/wayland/wayland_session.h"
+#include "platform/linux/wayland_desktop_notices.h"
 #include "platform/linux/x11_activation_monitor.h"
 #include "platform/linux/x11_overlay_panels.h"
 #include "platform/linux/x11_panel_windows.h"
@@ -46,10 +47,10 @@ bool isWaylandDesktop()
     return WaylandDisplay::open() != nullptr;
 }
 
-std::unique_ptr<OverlayPanels> makeOverlayPanels(OverlayContentFactory& contents, PanelWindows& panelWindows)
+std::unique_ptr<OverlayPanels> makeOverlayPanels(OverlayContentFactory& contents, PanelWindows& panelWindows, X11CoverWindow::LastResort lastResort)
 {
     if (const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>())
-        return std::make_unique<X11OverlayPanels>(contents, x11->connection(), panelWindows);
+        return std::make_unique<X11OverlayPanels>(contents, x11->connection(), panelWindows, lastResort);
     if (auto shell = LayerShell::find())
         return std::make_unique<LayerOverlayPanels>(contents, std::move(shell));
     return std::make_unique<AbsentOverlayPanels>();
@@ -137,10 +138,12 @@ Platform makePlatform(OverlayContentFactory& contents)
         platform.screens = std::make_unique<QtScreens>(waylandKeyWindowGeometry(shared->compositorWindows), QtScreens::Pixels::logical);
     else
         platform.screens = std::make_unique<QtScreens>();
-    platform.overlayPanels = makeOverlayPanels(contents, shared->panelWindows);
+    platform.overlayPanels = makeOverlayPanels(contents, shared->panelWindows,
+        shared->compositorWindows ? X11CoverWindow::LastResort::none : X11CoverWindow::LastResort::withoutWindowManager);
     if (shared->compositorWindows) {
         platform.runningApplications = std::make_unique<WaylandRunningApplications>(shared->compositorWindows);
         platform.activationMonitor = std::make_unique<WaylandActivationMonitor>(*shared->compositorWindows);
+        platform.desktopNotices = std::make_unique<WaylandDesktopNotices>(*shared->compositorWindows);
     } else {
         platform.runningApplications = std::make_unique<X11RunningApplications>();
         platform.activationMonitor = std::make_unique<X11ActivationMonitor>(shared->panelWindows);

@@ -25,10 +25,12 @@ constexpr int defectsUntilLeaving = 2;
 
 } // namespace
 
-X11CoverWindow::X11CoverWindow(OverlayContentFactory& contents, std::shared_ptr<const X11CoverProtocol> protocol, PanelWindows& panelWindows)
+X11CoverWindow::X11CoverWindow(
+    OverlayContentFactory& contents, std::shared_ptr<const X11CoverProtocol> protocol, PanelWindows& panelWindows, LastResort lastResort)
     : CoverWindow(contents)
     , m_protocol(std::move(protocol))
     , m_panelWindows(panelWindows)
+    , m_lastResort(lastResort)
 {
     setFlags(Qt::Window | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
     m_watch.setSingleShot(true);
@@ -124,7 +126,7 @@ void X11CoverWindow::check()
     }
     if (found) {
         setGeometry(frame());
-        if (m_manner == Manner::managed && m_defects >= defectsUntilLeaving)
+        if (m_lastResort == LastResort::withoutWindowManager && m_manner == Manner::managed && m_defects >= defectsUntilLeaving)
             leaveWindowManager();
         else
             moveToFront();

@@ -21,8 +21,15 @@ class X11CoverWindow : public CoverWindow {
     Q_OBJECT
 
 public:
+    /// What is done when the window manager keeps getting it wrong.
+    enum class LastResort {
+        withoutWindowManager,
+        none, ///< a Wayland compositor gives no keyboard to a window that it does not manage
+    };
+
     /// `contents` and `panelWindows` outlive the window.
-    X11CoverWindow(OverlayContentFactory& contents, std::shared_ptr<const X11CoverProtocol> protocol, PanelWindows& panelWindows);
+    X11CoverWindow(
+        OverlayContentFactory& contents, std::shared_ptr<const X11CoverProtocol> protocol, PanelWindows& panelWindows, LastResort lastResort);
     ~X11CoverWindow() override;
 
     void prepare() override;
@@ -44,6 +51,7 @@ private:
 
     std::shared_ptr<const X11CoverProtocol> m_protocol;
     PanelWindows& m_panelWindows;
+    LastResort m_lastResort;
 
     Manner m_manner = Manner::managed;
 

@@ -76,6 +76,9 @@ class Sway(Desktop):
     def full_screen(self, pid):
         self._command(pid, "fullscreen enable")
 
+    def leave_nothing_in_front(self):
+        self._message("workspace 9")
+
     def move_to_second_display(self, pid):
         self._command(pid, "move container to output HEADLESS-2")
 
@@ -162,6 +165,9 @@ class KWin(_Bus, Desktop):
     def full_screen(self, pid):
         self._each(pid, "w.fullScreen = true;")
 
+    def leave_nothing_in_front(self):
+        self.run("windows.forEach(function (w) { w.minimized = true; });")
+
     def move_to_second_display(self, pid):
         self._each(pid, "workspace.sendClientToScreen(w, 1);")
 
@@ -226,6 +232,9 @@ class Gnome(_Bus, Desktop):
 
     def full_screen(self, pid):
         self._driver("FullScreen", GLib.Variant("(i)", (pid,)))
+
+    def leave_nothing_in_front(self):
+        self._driver("MinimiseAll")
 
     def move_to_second_display(self, pid):
         self._driver("ToDisplay", GLib.Variant("(ii)", (pid, 1)))

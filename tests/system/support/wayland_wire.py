@@ -3,7 +3,7 @@ import os
 import socket
 import struct
 
-_KEYS = {"Return": 28, "Escape": 1}  # of linux/input-event-codes.h
+_KEYS = {"Return": 28, "Escape": 1, "Shift_L": 42}  # of linux/input-event-codes.h
 
 
 def _text(value):

@@ -10,23 +10,27 @@
 using namespace orvanta;
 using namespace Qt::StringLiterals;
 
-/// What compositors answer, read without one.
-class TestCompositorAnswers : public QObject {
-    Q_OBJECT
+namespace {
 
-    static QJsonObject tree(const QByteArray& focus)
-    {
-        return QJsonDocument::fromJson(R"({"id":1,"type":"root","focus":[3],"nodes":[
+QJsonObject tree(const QByteArray& focus)
+{
+    return QJsonDocument::fromJson(R"({"id":1,"type":"root","focus":[3],"nodes":[
             {"id":2,"name":"__i3","type":"output","focus":[],"nodes":[{"id":4,"name":"__i3_scratch","type":"workspace","focus":[],"nodes":[],
               "floating_nodes":[{"id":11,"pid":70,"app_id":"hidden","visible":false,"focused":false,"nodes":[],"rect":{"x":0,"y":0,"width":1,"height":1}}]}]},
             {"id":3,"name":"A","type":"output","focus":[5],"nodes":[{"id":5,"type":"workspace","focus":[)"
-                   + focus + R"(],"nodes":[
+        + focus + R"(],"nodes":[
               {"id":9,"pid":80,"app_id":null,"window_properties":{"class":"XTerm","instance":"xterm"},"visible":true,"focused":false,"nodes":[],
                "rect":{"x":10,"y":20,"width":300,"height":200}},
               {"id":7,"type":"con","focus":[8],"nodes":[{"id":8,"pid":90,"app_id":"editor","visible":true,"focused":true,"nodes":[]}]}
             ],"floating_nodes":[]}]}]})")
-            .object();
-    }
+        .object();
+}
+
+} // namespace
+
+/// What compositors answer, read without one.
+class TestCompositorAnswers : public QObject {
+    Q_OBJECT
 
 private Q_SLOTS:
     void swaysWindowsAreFoundWhereverTheyStandOldestFirst()
@@ -53,13 +57,15 @@ private Q_SLOTS:
     void whatIsNoAnswerHoldsNoWindows()
     {
         QVERIFY(swayWindows({}).empty());
-        QVERIFY(swayWindows(QJsonDocument::fromJson(R"({"nodes":"none","pid":"1"})").object()).empty());
+        const QByteArray other = "{\"nodes\":\"none\",\"pid\":\"1\"}";
+        QVERIFY(swayWindows(QJsonDocument::fromJson(other).object()).empty());
     }
 
     void hyprlandMovesEachWindowOfTheApplicationAway()
     {
         const std::array ids { u"editor"_s };
-        const QByteArray clients = R"([{"address":"0x1","class":"editor"},{"address":"0x2","class":"other"},{"address":"0x3","class":"editor"}])";
+        const QByteArray clients = "[{\"address\":\"0x1\",\"class\":\"editor\"},{\"address\":\"0x2\",\"class\":\"other\"},"
+                                   "{\"address\":\"0x3\",\"class\":\"editor\"}]";
         QCOMPARE(hyprlandHidingCommand(clients, ids),
             QByteArray("[[BATCH]]dispatch movetoworkspacesilent special:orvanta,address:0x1;"
                        "dispatch movetoworkspacesilent special:orvanta,address:0x3;"));
@@ -70,10 +76,12 @@ private Q_SLOTS:
     void kwinsScriptsCallBackTheOneThatLoadedThem()
     {
         const QByteArray windows = kwinWindowsScript(":1.5", "/here");
-        QVERIFY(windows.contains("var service = \":1.5\";") && windows.contains("var path = \"/here\";"));
+        QVERIFY(windows.contains("var service = \":1.5\";"));
+        QVERIFY(windows.contains("var path = \"/here\";"));
         QVERIFY(!windows.contains('@'));
         const QByteArray hiding = kwinHidingScript(":1.5", "/here", { u"{a}"_s, u"{\"b"_s });
-        QVERIFY2(hiding.contains(R"(var handles = ["{a}","{\"b"];)"), hiding.constData());
+        const QByteArray handles = "var handles = [\"{a}\",\"{\\\"b\"];";
+        QVERIFY2(hiding.contains(handles), hiding.constData());
         QVERIFY(!hiding.contains('@'));
     }
 };

@@ -20,7 +20,7 @@ class TestDesktopReport : public QObject {
 private Q_SLOTS:
     void onX11NothingIsMissing()
     {
-        const DesktopFindings found { .session = { .hasXServer = true }, .cover = CoverManner::x11Window };
+        const DesktopFindings found { .session = { .hasXServer = true, .xServerProblem = {} }, .cover = CoverManner::x11Window };
         QCOMPARE(whatIsMissing(found), QStringList());
         QCOMPARE(sourcesInUse(found),
             QStringList({ u"Windows are shown by: an X server"_s, u"Applications are seen and hidden by: the X window manager"_s,
@@ -55,7 +55,8 @@ private Q_SLOTS:
 
     void anUnknownCompositorIsToldWhatWorks()
     {
-        QCOMPARE(whatIsMissing(wayland(WindowSource::none)), QStringList { u"Application blocking is not available here; website blocking works."_s });
+        QCOMPARE(
+            whatIsMissing(wayland(WindowSource::none)), QStringList { u"Application blocking is not available here; website blocking works."_s });
     }
 
     void aMissingCoverIsToldWithItsRemedy()
@@ -70,8 +71,8 @@ private Q_SLOTS:
     {
         DesktopFindings found = wayland(WindowSource::kwinScript);
         found.idle = IdleProtocol::none;
-        QCOMPARE(whatIsMissing(found),
-            QStringList { u"This desktop does not tell how long nothing was typed or moved; activity counts as going on."_s });
+        QCOMPARE(
+            whatIsMissing(found), QStringList { u"This desktop does not tell how long nothing was typed or moved; activity counts as going on."_s });
     }
 
     void theCoverIsALayerWhereThereAreLayersAndGoesThroughXWaylandElsewhere()
@@ -88,7 +89,7 @@ private Q_SLOTS:
         QCOMPARE(coverManner(session, u"wayland"_s), CoverManner::none);
         session.hasXServer = false;
         QCOMPARE(coverManner(session, {}), CoverManner::none);
-        QCOMPARE(coverManner(SessionTraits { .hasXServer = true }, {}), CoverManner::x11Window);
+        QCOMPARE(coverManner(SessionTraits { .hasXServer = true, .xServerProblem = {} }, {}), CoverManner::x11Window);
         QCOMPARE(coverManner(SessionTraits {}, {}), CoverManner::none);
     }
 };

@@ -99,7 +99,14 @@ WindowFeed* CompositorWindows::feed()
     if (used != m_used && used)
         ++m_attachment;
     m_used = used;
-    m_source = source;
+    if (std::exchange(m_source, source) != source && m_later)
+        QMetaObject::invokeMethod(
+            m_later.get(),
+            [this] {
+                if (m_sourceChanged)
+                    m_sourceChanged();
+            },
+            Qt::QueuedConnection);
     return used;
 }
 

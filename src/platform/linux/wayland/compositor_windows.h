@@ -39,6 +39,9 @@ public:
     /// feed(), and must not destroy this.
     void watch(Callback<> changed);
 
+    /// Has `changed` called from this thread's event loop after source() has changed, while watch() is on. An empty one ends it.
+    void onSourceChange(Callback<> changed) { m_sourceChanged = std::move(changed); }
+
 private:
     void open();
     void follow();
@@ -57,6 +60,7 @@ private:
     std::chrono::steady_clock::time_point m_nextTry;
 
     Callback<> m_changed;
+    Callback<> m_sourceChanged;
     std::unique_ptr<QSocketNotifier> m_displayNotifier;
     std::unique_ptr<QSocketNotifier> m_busNotifier;
     std::unique_ptr<QSocketNotifier> m_swayNotifier;

@@ -8,6 +8,12 @@ namespace orvanta {
 
 using namespace std::chrono_literals;
 
+namespace {
+
+constexpr int checksUntilReport = 5;
+
+} // namespace
+
 LayerCoverWindow::LayerCoverWindow(OverlayContentFactory& contents, std::shared_ptr<const LayerShell> shell)
     : CoverWindow(contents)
     , m_shell(std::move(shell))
@@ -42,6 +48,7 @@ void LayerCoverWindow::present()
         m_role->takeKeyboard();
     else
         takeRole();
+    m_checks = 0;
     m_watch.start();
 }
 
@@ -84,6 +91,7 @@ void LayerCoverWindow::followDisplays()
         return;
     setFrame(shown->geometry());
     takeRole();
+    m_checks = 0;
     m_watch.start();
 }
 
@@ -92,7 +100,10 @@ void LayerCoverWindow::check()
     prepareContent(); // the next screen, should this one be presented again
     if (!display())
         return;
-    if (!isExposed())
+    ++m_checks;
+    if (!isExposed() && m_checks < checksUntilReport)
+        m_watch.start();
+    else if (!isExposed())
         qWarning("The display %s is not covered: the compositor does not show the cover", qUtf8Printable(display()->name()));
     else if (!qobject_cast<CoverWindow*>(QGuiApplication::focusWindow()))
         m_role->takeKeyboard();

@@ -9,8 +9,8 @@
 namespace orvanta {
 
 /// The cover where the compositor has layers for such things (KWin, and all that is built on wlroots). The compositor itself keeps
-/// it above full-screen windows, on every workspace, and gives it the keyboard. If it has not shown the cover, or has not given
-/// it the keyboard, after two seconds, standard error says so.
+/// it above full-screen windows, on every workspace, and gives it the keyboard, for which it is asked again if it has not.
+/// If it has not shown the cover after ten seconds, standard error says so, once a presentation.
 class LayerCoverWindow final : public CoverWindow {
     Q_OBJECT
 
@@ -35,6 +35,7 @@ private:
     std::unique_ptr<LayerSurface> m_role;
     bool m_isWanted = false; ///< presented and not withdrawn, also while there is no display for it
     QTimer m_watch;
+    int m_checks = 0; ///< made since the presentation
 };
 
 /// The covers there.

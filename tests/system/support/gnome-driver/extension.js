@@ -9,6 +9,7 @@ const INTERFACE = `
     <method name="Windows"><arg type="s" direction="out"/></method>
     <method name="Activate"><arg type="i" direction="in"/></method>
     <method name="FullScreen"><arg type="i" direction="in"/></method>
+    <method name="MinimiseAll"/>
     <method name="ToDisplay"><arg type="i" direction="in"/><arg type="i" direction="in"/></method>
     <method name="Switch"><arg type="s" direction="in"/><arg type="b" direction="in"/></method>
   </interface>
@@ -53,6 +54,10 @@ class Driver {
 
     FullScreen(pid) {
         windows().filter(window => window.get_pid() === pid).forEach(window => window.make_fullscreen());
+    }
+
+    MinimiseAll() {
+        windows().filter(window => window.can_minimize()).forEach(window => window.minimize());
     }
 
     ToDisplay(pid, number) {
