@@ -13,7 +13,7 @@ sys.path.insert(0, str(Path(__file__).resolve().parent))
 
 from gi.repository import GLib
 
-from support.filtered import SERVER_4, SERVER_6, Network, asks, has_rules, run, tables
+from support.filtered import NAME, SERVER_4, SERVER_6, Network, asks, has_rules, run, tables
 from support.waiting import until
 
 BLOCKED = ["blocked.example"]
@@ -86,6 +86,23 @@ class Life(unittest.TestCase):
                 until(lambda: has_rules() and not self.network.loads("https://blocked.example/"), "the filter works again")
                 self.assertTrue(self.blocks())
         self.assertEqual(self.figures()["active"], 1)
+
+    def test_while_its_rules_cannot_be_put_back_it_claims_nothing(self):
+        def claimed():
+            return self.network.call("QueryProperties", GLib.Variant("(s)", (NAME,)))[0], self.figures()["active"]
+        self.assertEqual(claimed(), ([True], 1))
+        # A table of that name belongs to a process for as long as that lives, and nobody else may touch it.
+        other = subprocess.Popen(["nft", "--interactive"], stdin=subprocess.PIPE, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, text=True)
+        try:
+            other.stdin.write("delete table inet orvanta_focus\nadd table inet orvanta_focus { flags owner; }\n")
+            other.stdin.flush()
+            until(lambda: claimed() == ([False], 0), "it says that it does not filter")
+            self.assertTrue(self.network.loads("https://blocked.example/"))
+        finally:
+            other.stdin.close()
+            other.wait(30)
+        until(lambda: claimed() == ([True], 1), "it filters again")
+        self.assertTrue(self.blocks())
 
     def test_rules_that_were_rightly_taken_away_stay_away(self):
         self.network.save(BLOCKED, enabled=False)

@@ -290,12 +290,13 @@ int FilterService::removeDnsProxyNow(FilterService& self, sd_bus_message* call)
 int FilterService::statistics(sd_bus_message* call, void* self, sd_bus_error*)
 {
     const PacketQueue* queue = service(self).m_filter.queue();
+    const std::uint64_t isActive = queue && service(self).works() ? 1 : 0;
     static const PacketCounters none;
     const PacketCounters& counters = queue ? queue->counters() : none;
     const auto figure = [](const std::atomic<std::uint64_t>& counter) { return counter.load(); };
-    return sd_bus_reply_method_return(call, "a{st}", 8, "active", std::uint64_t { queue ? 1U : 0U }, "seen", figure(counters.seen), "refused",
-        figure(counters.refused), "closed", figure(counters.closed), "allowed", figure(counters.allowed), "undecided", figure(counters.undecided),
-        "exchanged", figure(counters.exchanged), "missed", service(self).m_filter.missed());
+    return sd_bus_reply_method_return(call, "a{st}", 8, "active", isActive, "seen", figure(counters.seen), "refused", figure(counters.refused),
+        "closed", figure(counters.closed), "allowed", figure(counters.allowed), "undecided", figure(counters.undecided), "exchanged",
+        figure(counters.exchanged), "missed", service(self).m_filter.missed());
 }
 
 int FilterService::permitted(sd_bus_message* call, Permission permission, int (*done)(FilterService&, sd_bus_message*))
