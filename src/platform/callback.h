@@ -1,11 +1,11 @@
 #pragma once
 
-#include <functional>
+#include "platform/move_only_function.h"
 
 namespace orvanta {
 
 /// What a platform operation calls back with. Move-only, so that it may own what it needs.
 template <typename... A>
-using Callback = std::move_only_function<void(A...)>;
+using Callback = MoveOnlyFunction<void(A...)>;
 
 } // namespace orvanta

@@ -5,7 +5,6 @@
 
 #include <QString>
 
-#include <functional>
 #include <vector>
 
 namespace orvanta {
@@ -26,7 +25,7 @@ enum class ReplacementAction { cancel = 0, replace = 1 };
 /// Who hears how a request to activate an extension goes. Any number of calls of the first two, then one of the others.
 struct ActivationEvents {
     /// Asked when another version is installed.
-    std::move_only_function<ReplacementAction()> replacing;
+    MoveOnlyFunction<ReplacementAction()> replacing;
     Callback<> needsUserApproval;
     Callback<ActivationResult> finished;
     Callback<PlatformError> failed;

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <functional>
+#include "platform/move_only_function.h"
+
 #include <utility>
 
 namespace orvanta {
@@ -10,7 +11,7 @@ namespace orvanta {
 class [[nodiscard]] Subscription {
 public:
     Subscription() = default;
-    explicit Subscription(std::move_only_function<void()> end) : m_end(std::move(end)) { }
+    explicit Subscription(MoveOnlyFunction<void()> end) : m_end(std::move(end)) { }
 
     Subscription(Subscription&& other) noexcept : m_end(std::exchange(other.m_end, nullptr)) { }
     Subscription& operator=(Subscription&& other) noexcept
@@ -34,7 +35,7 @@ private:
             end();
     }
 
-    std::move_only_function<void()> m_end;
+    MoveOnlyFunction<void()> m_end;
 };
 
 } // namespace orvanta
