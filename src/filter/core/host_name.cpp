@@ -43,6 +43,18 @@ std::string_view trimmed(std::string_view text)
     return first == std::string_view::npos ? std::string_view() : text.substr(first, text.find_last_not_of(space) - first + 1);
 }
 
+std::string withPlainDots(std::string_view text)
+{
+    std::string plain;
+    while (!text.empty()) {
+        const auto* const dot = std::ranges::find_if(ideographicDots, [text](std::string_view other) { return text.starts_with(other); });
+        const bool isDot = dot != std::ranges::end(ideographicDots);
+        plain += isDot ? '.' : text.front();
+        text.remove_prefix(isDot ? dot->size() : 1);
+    }
+    return plain;
+}
+
 std::optional<std::string> asciiForm(const std::string& name)
 {
     char* converted = nullptr;
@@ -79,10 +91,7 @@ std::optional<std::string> hostOfEntry(std::string_view entry)
     entry = entry.substr(0, entry.find_first_of("/?#\\"));
     if (const auto user = entry.rfind('@'); user != std::string_view::npos)
         entry.remove_prefix(user + 1);
-    std::string dotted(entry);
-    for (const std::string_view dot : ideographicDots)
-        for (auto place = dotted.find(dot); place != std::string::npos; place = dotted.find(dot))
-            dotted.replace(place, dot.size(), ".");
+    const std::string dotted = withPlainDots(entry);
     entry = dotted;
     while (entry.starts_with('.') || entry.starts_with("*."))
         entry.remove_prefix(1);

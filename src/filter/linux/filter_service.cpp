@@ -11,6 +11,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <malloc.h>
 #include <random>
 #include <utility>
 
@@ -200,6 +201,9 @@ std::expected<void, std::string> FilterService::store(StoredState next)
         (void)m_file.write(m_state);
         (void)apply();
     }
+    // A long list passes through several forms on its way here; what they took goes back.
+    next = {};
+    malloc_trim(0);
     return applied;
 }
 

@@ -72,6 +72,12 @@ def has_rules():
     return "table inet orvanta_focus" in tables()
 
 
+def takes_connections(path):
+    """Whether somebody listens at a socket, which is in its place before it is listened at."""
+    with socket.socket(socket.AF_UNIX) as connection:
+        return connection.connect_ex(str(path)) == 0
+
+
 class Network:
     """Both machines, the bus, and the daemon. Use as a context."""
 
@@ -132,7 +138,7 @@ class Network:
         configuration.write_text(BUS.format(path=path))
         os.chmod(self.folder.name, 0o755)
         self._start("dbus-daemon", f"--config-file={configuration}", "--nofork", "--nopidfile")
-        until(path.exists, "the bus")
+        until(lambda: takes_connections(path), "the bus")
         self._connect(f"unix:path={path}")
 
     def _connect(self, address):
