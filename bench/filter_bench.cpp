@@ -58,7 +58,7 @@ int main()
             for (std::size_t at = 0; at != std::string::npos; at = host.find('.', at + 1))
                 found += peer.contains(host.substr(at == 0 ? 0 : at + 1));
     });
-    std::printf("look-up %.0f ns (unordered_set %.0f ns), %.1f bytes an entry, built in %.0f ms, %zu found\n", ours, theirs,
+    std::printf("{\"ours_ns\": %.0f, \"peer_ns\": %.0f, \"bytes_each\": %.1f, \"build_ms\": %.0f, \"found\": %zu}\n", ours, theirs,
         static_cast<double>(table.memory()) / static_cast<double>(table.size()), building.count(), found);
     return 0;
 }

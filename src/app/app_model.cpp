@@ -323,6 +323,14 @@ std::optional<QByteArray> AppModel::storeApplications()
     return *std::move(encoded);
 }
 
+void AppModel::setDesktopNotices(const QStringList& notices)
+{
+    if (m_desktopNotices == notices)
+        return;
+    m_desktopNotices = notices;
+    Q_EMIT noticesChanged();
+}
+
 void AppModel::store(KeyValueStore& store, const QString& key, const StoredValue& value)
 {
     const auto stored = store.setValue(key, value);

@@ -86,7 +86,9 @@ public:
     /// What this system's users need to know beside that line; mostly nothing.
     [[nodiscard]] QString permissionHint() const;
     /// Further lines for the user, beside the status: what could not be stored, and what was found damaged.
-    [[nodiscard]] QStringList notices() const { return m_notices; }
+    [[nodiscard]] QStringList notices() const { return m_notices + m_desktopNotices; }
+    /// What the desktop lacks now, in place of what it lacked before; stands after the other notices.
+    void setDesktopNotices(const QStringList& notices);
     [[nodiscard]] WebsiteProtectionState websiteProtectionState() const { return m_websiteProtectionState; }
     /// The words on website protection's button.
     [[nodiscard]] QString websiteProtectionTitle() const;
@@ -151,6 +153,7 @@ private:
     std::vector<BlockedApplication> m_blockedApplications;
     QString m_permissionSummary;
     QStringList m_notices;
+    QStringList m_desktopNotices;
     WebsiteProtectionState m_websiteProtectionState;
 
     bool m_orvantaWorkActive = false; ///< the service's last answer

@@ -2,6 +2,7 @@
 #include "app/application.h"
 #include "app/main_window.h"
 #include "app/print_activity.h"
+#include "app/print_diagnosis.h"
 #include "app/settings_models.h"
 #include "app/single_instance.h"
 #include "app/translations.h"
@@ -13,7 +14,9 @@
 
 #include <QQmlEngine>
 
+#include <algorithm>
 #include <cstdio>
+#include <string_view>
 
 using namespace orvanta;
 using namespace Qt::StringLiterals;
@@ -40,6 +43,8 @@ int main(int argc, char** argv)
     const auto service = ServiceConfiguration::make(QStringLiteral(ORVANTA_SERVICE_ORIGIN), environment("ORVANTA_SERVICE_ORIGIN"));
     if (!service)
         return fail(service.error(), usageError);
+    if (std::find(argv, argv + argc, std::string_view("--diagnose")) != argv + argc)
+        return printDiagnosis(diagnoseDesktop(), stdout);
     if (const auto prepared = preparePlatform(); !prepared)
         return fail(prepared.error().description, EXIT_FAILURE);
     Application application(argc, argv);
@@ -83,6 +88,9 @@ int main(int argc, char** argv)
                        .statusHint = platform.statusHint },
         arguments, platform.notices);
 
+    const Subscription desktopNotices = platform.desktopNotices
+        ? platform.desktopNotices->observe([&model](const QStringList& notices) { model.setDesktopNotices(notices); })
+        : Subscription();
     SettingsModels settings(model, engine, *platform.applicationFolders, std::move(platform.applicationDirectory));
     MotionSettings motion(*motionPreference);
     MainWindow window(engine, model, settings, motion);

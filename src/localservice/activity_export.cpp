@@ -2,7 +2,10 @@
 
 #include "localservice/json_response.h"
 
+#include <algorithm>
+#include <iostream>
 #include <string_view>
+#include <utility>
 
 namespace orvanta::localservice {
 
@@ -48,31 +51,74 @@ Json periodJson(const UploadedPeriod& period)
         { "totalIdleSeconds", period.idleSeconds }, { "applications", std::move(applications) } };
 }
 
-} // namespace
-
-QByteArray activityCsv(const std::vector<UploadedPeriod>& periods)
+QByteArray csv(const std::vector<UploadedPeriod>& periods)
 {
-    QByteArray csv = "periodStart,periodEnd,kind,bundleIdentifier,name,url,title,seconds\r\n";
+    QByteArray lines;
     for (const UploadedPeriod& period : periods) {
         const QByteArray times = isoFromUtcTime(period.startedAt).toLatin1() + ',' + isoFromUtcTime(period.endedAt).toLatin1() + ',';
-        csv += times + "idle,,,,," + number(period.idleSeconds) + "\r\n";
+        lines += times + "idle,,,,," + number(period.idleSeconds) + "\r\n";
         for (const UploadedApplication& application : period.applications) {
             const QByteArray who = cell(application.bundleIdentifier.value_or(QString())) + ',' + cell(application.name) + ',';
-            csv += times + "application," + who + ",," + number(application.focusedSeconds) + "\r\n";
+            lines += times + "application," + who + ",," + number(application.focusedSeconds) + "\r\n";
             for (const UploadedTab& tab : application.tabs)
-                csv += times + "page," + who + cell(tab.url) + ',' + cell(tab.title) + ',' + number(tab.focusedSeconds) + "\r\n";
+                lines += times + "page," + who + cell(tab.url) + ',' + cell(tab.title) + ',' + number(tab.focusedSeconds) + "\r\n";
         }
     }
-    return csv;
+    return lines;
 }
 
-QByteArray activityJson(const std::vector<UploadedPeriod>& periods)
+/// So much is read at once: a few hundred periods, of a minute each.
+constexpr std::chrono::hours stride { 6 };
+
+} // namespace
+
+std::expected<std::unique_ptr<ActivityExport>, StoreError> ActivityExport::open(Database& database, TimeSpan span, Format format)
 {
-    // Piece by piece: as one value a year would take ten times its text.
-    QByteArray json = "[";
+    std::unique_ptr<ActivityExport> made(new ActivityExport(database, span, format));
+    auto beginning = made->read();
+    if (!beginning)
+        return std::unexpected(beginning.error());
+    made->m_prepared = (format == Format::csv ? "periodStart,periodEnd,kind,bundleIdentifier,name,url,title,seconds\r\n" : "[") + *beginning;
+    return made;
+}
+
+std::optional<QByteArray> ActivityExport::next()
+{
+    if (!m_prepared.isEmpty())
+        return std::exchange(m_prepared, {});
+    auto piece = read();
+    if (!piece) {
+        std::cerr << "orvanta-service: " << piece.error().description.toStdString() << '\n';
+        return std::nullopt;
+    }
+    return *std::move(piece);
+}
+
+/// The next piece; empty when there is nothing left.
+std::expected<QByteArray, StoreError> ActivityExport::read()
+{
+    QByteArray piece;
+    while (piece.isEmpty() && m_rest.from < m_rest.until) {
+        const UtcTime until = std::min(m_rest.from + stride, m_rest.until);
+        const auto periods = m_store.uploaded({ m_rest.from, until });
+        if (!periods)
+            return std::unexpected(periods.error());
+        m_rest.from = until;
+        piece = text(*periods);
+    }
+    if (piece.isEmpty() && m_format == Format::json && !std::exchange(m_isOver, true))
+        piece = "\n]\n";
+    return piece;
+}
+
+QByteArray ActivityExport::text(const std::vector<UploadedPeriod>& periods)
+{
+    if (m_format == Format::csv)
+        return csv(periods);
+    QByteArray json;
     for (const UploadedPeriod& period : periods)
-        json += (json.size() > 1 ? ",\n" : "\n") + QByteArray::fromStdString(periodJson(period).dump());
-    return json + "\n]\n";
+        json += (std::exchange(m_hasPeriods, true) ? ",\n" : "\n") + QByteArray::fromStdString(periodJson(period).dump());
+    return json;
 }
 
 } // namespace orvanta::localservice

@@ -5,6 +5,7 @@
 #include <QByteArray>
 #include <QHostAddress>
 
+#include <memory>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -26,12 +27,23 @@ struct Request {
     QByteArray body;
 };
 
+/// A body that is made while it is sent. Owned by the answer that it belongs to; used on the server's thread.
+class BodyPieces {
+public:
+    virtual ~BodyPieces() = default;
+
+    /// The next piece, when the one before has been sent; empty after the last. Absent if it cannot be made: the connection
+    /// is then cut off, so that nobody takes the half for the whole.
+    [[nodiscard]] virtual std::optional<QByteArray> next() = 0;
+};
+
 /// An answer. Length, date and connection headers are added when it is sent.
 struct Response {
     int status = 200;
     QByteArray contentType; ///< no header if empty
     QByteArray body;
     std::vector<std::pair<QByteArray, QByteArray>> headers;
+    std::shared_ptr<BodyPieces> pieces = nullptr; ///< in place of `body`
 };
 
 /// What the server asks about each request. Called from the server's thread; owned by whoever made the server, and

@@ -3,6 +3,7 @@
 #include <QSocketNotifier>
 #include <QTcpServer>
 
+#include <algorithm>
 #include <cstring>
 #include <microhttpd.h>
 #include <sys/socket.h>
@@ -26,6 +27,8 @@ constexpr std::size_t memoryOfConnection = std::size_t { 64 } * 1024;
 // A refused body that is not longer than this is read to its end and dropped, since many clients look for the answer only
 // then. A longer one is cut off.
 constexpr std::uint64_t longestDroppedBody = std::uint64_t { 64 } * 1024 * 1024;
+// What is asked of a body at once that is made while it is sent.
+constexpr std::size_t askedAtOnce = std::size_t { 32 } * 1024;
 // As GnuTLS takes it: 1.2 and later.
 constexpr const char* tlsVersions = "NORMAL:-VERS-TLS1.0:-VERS-TLS1.1";
 // The library's usual choice but for the versions of TLS before 1.2, which it would still take.
@@ -79,10 +82,52 @@ std::optional<std::uint64_t> bodyLength(const RequestHead& head)
     return isNumber ? std::optional<std::uint64_t>(number) : std::nullopt;
 }
 
+/// A body on its way out that is made piece by piece.
+struct Sending {
+    std::shared_ptr<BodyPieces> pieces;
+    QByteArray piece;
+    qsizetype sent = 0; ///< of the piece
+};
+
+/// libmicrohttpd's callback for more of such a body, whenever the client has taken what there was.
+ssize_t takePiece(void* state, std::uint64_t, char* place, std::size_t space)
+{
+    auto& sending = *static_cast<Sending*>(state);
+    if (sending.sent == sending.piece.size()) {
+        auto next = sending.pieces->next();
+        if (!next)
+            return MHD_CONTENT_READER_END_WITH_ERROR;
+        if (next->isEmpty())
+            return MHD_CONTENT_READER_END_OF_STREAM;
+        sending.piece = *std::move(next);
+        sending.sent = 0;
+    }
+    const qsizetype size = std::min(static_cast<qsizetype>(space), sending.piece.size() - sending.sent);
+    std::memcpy(place, sending.piece.constData() + sending.sent, static_cast<std::size_t>(size));
+    sending.sent += size;
+    return static_cast<ssize_t>(size);
+}
+
+void endPieces(void* state)
+{
+    delete static_cast<Sending*>(state);
+}
+
+MHD_Response* messageWith(const Response& response)
+{
+    if (!response.pieces)
+        return MHD_create_response_from_buffer(
+            static_cast<std::size_t>(response.body.size()), const_cast<char*>(response.body.constData()), MHD_RESPMEM_MUST_COPY);
+    auto sending = std::make_unique<Sending>(Sending { .pieces = response.pieces, .piece = {} });
+    MHD_Response* message = MHD_create_response_from_callback(MHD_SIZE_UNKNOWN, askedAtOnce, takePiece, sending.get(), endPieces);
+    if (message)
+        (void)sending.release(); // endPieces() has it
+    return message;
+}
+
 MHD_Result send(MHD_Connection* connection, const Response& response)
 {
-    MHD_Response* message = MHD_create_response_from_buffer(
-        static_cast<std::size_t>(response.body.size()), const_cast<char*>(response.body.constData()), MHD_RESPMEM_MUST_COPY);
+    MHD_Response* message = messageWith(response);
     if (!message)
         return MHD_NO;
     if (!response.contentType.isEmpty())

@@ -76,17 +76,17 @@ Response activity(Database& database, const RequestHead& head)
     return overview ? activityPage(*overview, QDate::currentDate()) : failurePage(overview.error());
 }
 
-/// A file of the chosen range, which `write` makes.
-Response activityFile(Database& database, const RequestHead& head, const QByteArray& contentType, const QByteArray& suffix,
-    QByteArray (*write)(const std::vector<UploadedPeriod>&))
+/// A file of the chosen range.
+Response activityFile(
+    Database& database, const RequestHead& head, const QByteArray& contentType, const QByteArray& suffix, ActivityExport::Format format)
 {
     const DayRange range = rangeOf(head);
-    const auto periods = ActivityStore(database).uploaded(range.span());
-    if (!periods)
-        return failurePage(periods.error());
+    auto file = ActivityExport::open(database, range.span(), format);
+    if (!file)
+        return failurePage(file.error());
     const QByteArray name
         = "orvanta-activity-" + range.first.toString(Qt::ISODate).toLatin1() + "-to-" + range.last.toString(Qt::ISODate).toLatin1() + suffix;
-    return { 200, contentType, write(*periods), { { "Content-Disposition", "attachment; filename=\"" + name + '"' } } };
+    return { 200, contentType, {}, { { "Content-Disposition", "attachment; filename=\"" + name + '"' } }, *std::move(file) };
 }
 
 Response startTask(Database& database, const FormFields& fields)
@@ -146,9 +146,12 @@ std::vector<Route> pageRoutes(Database& database, const QByteArray& key, const Q
         { "/", "GET", mebibyte, guard, [&database, token](const Request&) { return home(database, token); } },
         { "/activity", "GET", mebibyte, guard, [&database](const Request& request) { return activity(database, request.head); } },
         { "/activity.csv", "GET", mebibyte, guard,
-            [&database](const Request& request) { return activityFile(database, request.head, "text/csv; charset=utf-8", ".csv", &activityCsv); } },
+            [&database](const Request& request) {
+                return activityFile(database, request.head, "text/csv; charset=utf-8", ".csv", ActivityExport::Format::csv);
+            } },
         { "/activity.json", "GET", mebibyte, guard,
-            [&database](const Request& request) { return activityFile(database, request.head, "application/json", ".json", &activityJson); } },
+            [&database](
+                const Request& request) { return activityFile(database, request.head, "application/json", ".json", ActivityExport::Format::json); } },
         { "/tasks/start", "POST", mebibyte, actionGuard, action(&startTask) },
         { "/tasks/done", "POST", mebibyte, actionGuard, action(&finishTask) },
         { "/focus/blocked", "GET", mebibyte, {}, [](const Request&) { return blockedPage(); } },

@@ -5,6 +5,7 @@
 #include "platform/application_directory.h"
 #include "platform/application_folders.h"
 #include "platform/cloud_store.h"
+#include "platform/desktop_notices.h"
 #include "platform/dns_proxy_manager.h"
 #include "platform/extension_manager.h"
 #include "platform/filter_manager.h"
@@ -48,6 +49,7 @@ struct Platform {
     MakeActivitySources activitySources;
     /// Words to stand beside a status text that users of this system would not understand by itself; empty for others.
     std::function<QString(const QString& status)> statusHint;
+    std::unique_ptr<DesktopNotices> desktopNotices; ///< null where the desktop lacks nothing
 
     /// What the user should be told about how the system was found: a damaged settings file, say.
     QStringList notices;
@@ -56,6 +58,14 @@ struct Platform {
 /// What has to be settled before the application object exists: the window system. An error, in a line for the user, if
 /// there is none that the program can work on. Call first thing in main.
 [[nodiscard]] Result<void> preparePlatform();
+
+/// What the program works with on this desktop and what it lacks there, in lines for the user. May take a few seconds. Call before
+/// the application object exists.
+struct DesktopDiagnosis {
+    QStringList sources;
+    QStringList missing; ///< each with what can be done about it
+};
+[[nodiscard]] DesktopDiagnosis diagnoseDesktop();
 
 /// Apart from the rest, since what the panels show needs it. Call after the application object exists.
 [[nodiscard]] std::unique_ptr<MotionPreference> makeMotionPreference();

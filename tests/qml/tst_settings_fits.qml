@@ -20,11 +20,14 @@ Item {
             focusActive: false
             focusStatusLabel: qsTranslate("FocusStatus", "Focus active · macOS Focus + Orvanta task")
             permissionSummary: qsTranslate("orvanta::AppModel", "Orvanta connected")
+            permissionHint: qsTranslate("StatusHints", "This copy runs from a folder of its own. Install the program for the whole computer, with its filter, and start the installed one.")
             notices: []
             blockedDomains: Lists.domains([])
             blockedApplications: Lists.applications([])
             installedApplications: Lists.source(["Album", "Chatter", "Console", "Ledger", "Postbox", "Tunes"], false)
             reduceMotion: true
+            websiteProtectionTitle: qsTranslate("WebsiteProtection", "Activate website protection")
+            websiteBlockingActive: false
             dark: false
         }
     }

@@ -2,8 +2,10 @@
 import datetime
 import json
 import os
+import sqlite3
 import unittest
 import urllib.request
+from contextlib import closing
 from pathlib import Path
 
 from support.activity import Uploaded
@@ -140,6 +142,35 @@ class ActivityPage(Scene):
         with urllib.request.urlopen(self.running.origin + links["CSV"], timeout=30) as answer:
             lines = answer.read().decode().splitlines()
         self.assertEqual(len(lines), 1 + 120 * (1 + 3 + 2))
+
+
+class LongExport(Scene):
+    def test_a_long_export_takes_no_more_memory_than_a_short_one(self):
+        service = self.service()
+        count = 100_000
+        with closing(sqlite3.connect(service.data / "orvanta-service.sqlite")) as database, database:
+            database.execute("INSERT INTO applications (id, identity, name) VALUES (1, 'org.example.Editor', 'Editor')")
+            first = int(NOON.timestamp()) - count * 60
+            starts = [(number + 1, (first + number * 60) * 1000) for number in range(count)]
+            database.executemany(
+                "INSERT INTO activity_periods (id, started_at, ended_at, idle_seconds, received_at, digest) VALUES (?1, ?2, ?2 + 60000, 0, ?2, CAST(?1 AS BLOB))", starts)
+            database.executemany("INSERT INTO application_uses (period, application, started_at, focused_seconds) VALUES (?1, 1, ?2, 60)", starts)
+
+        def most_memory():
+            status = Path(f"/proc/{service.process.pid}/status").read_text()
+            return int(next(line for line in status.splitlines() if line.startswith("VmHWM")).split()[1]) * 1024
+
+        def length_of(address):
+            with urllib.request.urlopen(f"{service.origin}{address}", timeout=60) as answer:
+                return sum(map(len, iter(lambda: answer.read(65536), b"")))
+
+        today = NOON.date()
+        for suffix in ("csv", "json"):
+            length_of(f"/activity.{suffix}?from={today}")
+            before = most_memory()
+            length = length_of(f"/activity.{suffix}?from={today - datetime.timedelta(days=80)}&to={today}")
+            self.assertGreater(length, 10_000_000)
+            self.assertLess(most_memory() - before, length / 2)
 
 
 if __name__ == "__main__":

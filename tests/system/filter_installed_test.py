@@ -96,6 +96,8 @@ class Installed(unittest.TestCase):
     def test_its_memory_is_bounded_and_a_million_domains_fit(self):
         limit = int(shown("MemoryMax"))
         self.assertEqual(limit, 512 * 1024 * 1024)
+        kept = [Path("/sys/fs/cgroup", place) for place in (f"memory/system.slice/{SERVICE}/memory.limit_in_bytes", f"system.slice/{SERVICE}/memory.max")]
+        self.assertEqual([int(path.read_text()) for path in kept if path.exists()], [limit], "the kernel keeps to it")
         self.network.save([f"n{number}.domain.example" for number in range(1_000_000)])
         self.assertFalse(self.network.loads("https://www.n999999.domain.example/"))
         peak = int(status_of(main_process())["VmHWM"].split()[0]) * 1024
@@ -115,7 +117,8 @@ class Installed(unittest.TestCase):
 
         def figures():
             lines = Path(f"/proc/{process}/task/{others[0]}/io").read_text().splitlines()
-            return {name: int(value) for name, value in (line.split(": ") for line in lines)}
+            values = dict(line.split(": ") for line in lines)
+            return {name: int(values[name]) for name in ("rchar", "wchar", "syscr", "syscw")}  # what calls for reading and writing did
         before, seen = figures(), self.network.call("Statistics")[0]["seen"]
         for _ in range(20):
             self.assertTrue(self.network.loads("https://allowed.example/"))
@@ -332,9 +335,9 @@ class Installed(unittest.TestCase):
             systemctl("start", "polkit.service")
 
     def test_many_callers_at_once_are_all_answered(self):
-        calls = [person.start_call("SavePreferences", RECORD) for _ in range(20) for person in (self.anna, self.bert)]
-        outcomes = [call.communicate(timeout=120)[0].strip() for call in calls]
-        self.assertEqual([outcome == DONE for outcome in outcomes], [True, False] * 20)
+        calls = [person.start_call("SavePreferences", RECORD) for _ in range(10) for person in (self.anna, self.bert)]
+        outcomes = [call.communicate(timeout=300)[0].strip() for call in calls]
+        self.assertEqual([outcome == DONE for outcome in outcomes], [True, False] * 10)
         stays(is_active, "the daemon runs on", 0.5)
 
 

@@ -10,6 +10,7 @@ namespace orvanta::filter {
 namespace {
 
 constexpr std::size_t longestName = 253;
+constexpr std::size_t longestEntry = 4096; // an address with its path and query; what follows takes time for each character
 
 /// The other characters that standards and browsers take for a dot.
 constexpr std::string_view ideographicDots[] { "\u3002", "\uff0e", "\uff61" };
@@ -71,6 +72,8 @@ std::optional<std::string> comparableHost(std::string_view host)
 std::optional<std::string> hostOfEntry(std::string_view entry)
 {
     entry = trimmed(entry);
+    if (entry.size() > longestEntry)
+        return std::nullopt;
     if (const auto scheme = entry.find("://"); scheme != std::string_view::npos)
         entry.remove_prefix(scheme + 3);
     entry = entry.substr(0, entry.find_first_of("/?#\\"));

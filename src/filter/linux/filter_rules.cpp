@@ -78,11 +78,13 @@ std::string FilterRules::text(std::uint8_t generation) const
              "  @th,64,8 & 0xf0 == 0xd0 @th,72,32 0x6b3343cf goto decide\n"
              "  jump known\n"
              "  jump refused_before\n"
-          // Another long header belongs to a connection that is being set up, and will not be older than we are.
-          << "  @th,64,8 & 0xc0 == 0xc0 ct mark & " << mask << " == 0 ct mark set ct mark | " << unreadable << "\n"
+          // A long header of a version that we cannot read: the connection is being set up, and is not older than we are.
+          << "  @th,64,8 & 0xc0 == 0xc0 @th,72,32 != { 0x00000001, 0x6b3343cf } ct mark & " << mask << " == 0 ct mark set ct mark | " << unreadable
+          << "\n"
           << "  ct mark & " << mask << " == " << unreadable
           << " accept\n"
-          // A short header that nobody has allowed belongs to a connection from before.
+          // A short header that nobody has allowed belongs to a connection from before; or to one whose mark was lost: of
+          // two packets that begin a connection at once, the kernel keeps the mark of one.
           << "  @th,64,8 & 0xc0 == 0x40 jump decide\n }\n"
              " chain inspect {\n"
              "  tcp dport { 80, 443 } goto inspect_tcp\n"

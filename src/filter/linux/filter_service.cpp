@@ -109,6 +109,9 @@ std::expected<std::unique_ptr<FilterService>, std::string> FilterService::start(
         std::fprintf(stderr, "orvanta-filterd: %s; it is set aside\n", state.error().c_str());
     if (self->m_state.generation == 0)
         self->m_state.generation = someGeneration();
+    // The rules belong to whoever has the name; another one that runs keeps both.
+    if (const auto alone = self->openBus(); !alone)
+        return std::unexpected(alone.error());
     // An earlier run that was killed may have left its rules; ours take their place, or nothing does.
     if (const auto applied = self->apply(); !applied) {
         (void)FilterRules::remove();
@@ -132,15 +135,25 @@ FilterService::~FilterService()
 {
     sd_event_source_unref(m_watch);
     sd_bus_flush_close_unref(m_bus);
-    (void)m_filter.switchOff(); // before the descriptor goes that its thread writes to
+    if (m_filter.queue())
+        (void)m_filter.switchOff(); // before the descriptor goes that its thread writes to
     close(m_refusals);
+}
+
+std::expected<void, std::string> FilterService::openBus()
+{
+    if (const int status = sd_bus_open_system(&m_bus); status < 0)
+        return std::unexpected(reason("the system bus", status));
+    const int owned = sd_bus_call_method(
+        m_bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetNameOwner", nullptr, nullptr, "s", busName);
+    if (owned >= 0)
+        return std::unexpected("another one runs already");
+    return {};
 }
 
 std::expected<void, std::string> FilterService::connect(sd_event* loop)
 {
-    int status = sd_bus_open_system(&m_bus);
-    if (status >= 0)
-        status = sd_bus_add_object_vtable(m_bus, nullptr, objectPath, interfaceName, methods, this);
+    int status = sd_bus_add_object_vtable(m_bus, nullptr, objectPath, interfaceName, methods, this);
     if (status >= 0)
         status = sd_bus_request_name(m_bus, busName, 0);
     if (status >= 0)

@@ -43,6 +43,7 @@ private:
     struct Question;
 
     FilterService(Options options, int refusals, RulesWatch rulesWatch);
+    [[nodiscard]] std::expected<void, std::string> openBus();
     [[nodiscard]] std::expected<void, std::string> connect(sd_event* loop);
     [[nodiscard]] std::expected<void, std::string> apply();
 

@@ -6,19 +6,12 @@
 #include <QGuiApplication>
 
 #include <unistd.h>
-#include <unordered_set>
 
 using namespace Qt::StringLiterals;
 
 namespace orvanta {
 
 namespace {
-
-bool tellTheSameApplication(const X11Window& left, const X11Window& right)
-{
-    return left.instanceName == right.instanceName && left.className == right.className && left.gtkApplicationId == right.gtkApplicationId
-        && left.process == right.process;
-}
 
 std::optional<QString> nonEmpty(const QString& text)
 {
@@ -51,25 +44,53 @@ void ApplicationIdentity::refresh()
 
 const ApplicationIdentity::Application& ApplicationIdentity::of(const X11Window& window)
 {
-    const auto known = m_known.find(window.id);
-    if (known != m_known.end() && tellTheSameApplication(known->second.window, window))
+    return of(window.id,
+        { .instanceName = window.instanceName,
+            .className = window.className,
+            .gtkApplicationId = window.gtkApplicationId,
+            .program = {},
+            .process = window.process });
+}
+
+const ApplicationIdentity::Application& ApplicationIdentity::of(std::uint64_t number, const WindowTraits& traits)
+{
+    const auto known = m_known.find(number);
+    if (known != m_known.end() && known->second.traits == traits)
         return known->second.application;
-    Known& entry = m_known[window.id];
-    entry = { .window = window, .application = identify(window) };
+    Known& entry = m_known[number];
+    entry = { .traits = traits, .application = identify(traits) };
     return entry.application;
+}
+
+std::optional<ApplicationIdentity::Application> ApplicationIdentity::ofDesktopEntry(const QString& id)
+{
+    if (id == m_own.identifier)
+        return Application { .identifier = id, .name = nonEmpty(m_own.name) };
+    const DesktopEntryRecord* entry = m_index.entries().byId(id);
+    if (!entry)
+        return std::nullopt;
+    return Application { .identifier = browserOfDesktopEntry(entry->id).value_or(entry->id), .name = nonEmpty(entry->name) };
 }
 
 void ApplicationIdentity::forgetAllBut(const std::vector<X11Window>& windows)
 {
-    std::unordered_set<xcb_window_t> present;
+    std::unordered_set<std::uint64_t> present;
     for (const X11Window& window : windows)
         present.insert(window.id);
-    std::erase_if(m_known, [&present](const auto& entry) { return !present.contains(entry.first); });
+    forgetAllBut(present);
 }
 
-ApplicationIdentity::Application ApplicationIdentity::identify(const X11Window& window)
+void ApplicationIdentity::forgetAllBut(const std::unordered_set<std::uint64_t>& numbers)
 {
-    if (window.process != 0 && window.process == m_own.process)
+    std::erase_if(m_known, [&numbers](const auto& entry) { return !numbers.contains(entry.first); });
+}
+
+ApplicationIdentity::Application ApplicationIdentity::identify(const WindowTraits& window)
+{
+    const bool isOwn = window.process != 0
+        ? window.process == m_own.process
+        : !window.gtkApplicationId.isEmpty() && QString::fromUtf8(window.gtkApplicationId) + ".desktop"_L1 == m_own.identifier;
+    if (isOwn)
         return { .identifier = m_own.identifier, .name = nonEmpty(m_own.name) };
 
     const ProcessTraits process = readProcessTraits(window.process, m_procFolder);
@@ -77,7 +98,7 @@ ApplicationIdentity::Application ApplicationIdentity::identify(const X11Window& 
         .gtkApplicationId = QString::fromUtf8(window.gtkApplicationId),
         .instanceName = QString::fromUtf8(window.instanceName),
         .className = QString::fromUtf8(window.className),
-        .program = process.program };
+        .program = window.process != 0 ? process.program : QString::fromUtf8(window.program) };
 
     if (const DesktopEntryRecord* entry = matchDesktopEntry(traits, m_index.entries()))
         return { .identifier = browserOfDesktopEntry(entry->id).value_or(entry->id), .name = nonEmpty(entry->name) };

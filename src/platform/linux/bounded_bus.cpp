@@ -1,8 +1,10 @@
 #include "platform/linux/bounded_bus.h"
 
+#include <array>
 #include <cstdlib>
 #include <filesystem>
 #include <string_view>
+#include <utility>
 
 namespace orvanta {
 
@@ -46,6 +48,8 @@ BoundedBus::BoundedBus(std::string address) : m_context(g_main_context_new()), m
 
 BoundedBus::~BoundedBus()
 {
+    if (m_isWatched)
+        g_main_context_release(m_context.get());
     g_cancellable_cancel(m_cancellable.get());
     const auto deadline = steady_clock::now() + patienceAtTheEnd;
     while (isAnyOpen() && steady_clock::now() < deadline)
@@ -60,12 +64,8 @@ Variant BoundedBus::ask(const BusQuestion& question, GVariant* arguments, Deadli
 {
     const Variant held(arguments ? g_variant_ref_sink(arguments) : nullptr);
     takeLateAnswers();
-    if (!m_connecting) {
-        connect();
-        waitFor(*m_connecting, deadline);
-    }
-    GDBusConnection* connection = m_connecting->connection.get();
-    if (!connection || g_dbus_connection_is_closed(connection) || m_unanswered.contains(question.destination) || steady_clock::now() >= deadline)
+    GDBusConnection* connection = this->connection(deadline);
+    if (!connection || m_unanswered.contains(question.destination) || steady_clock::now() >= deadline)
         return nullptr;
 
     const auto operation = std::make_shared<Operation>();
@@ -79,6 +79,40 @@ Variant BoundedBus::ask(const BusQuestion& question, GVariant* arguments, Deadli
     if (!operation->isDone)
         m_unanswered.emplace(question.destination, operation);
     return std::move(operation->reply);
+}
+
+GDBusConnection* BoundedBus::connection(Deadline deadline)
+{
+    if (!m_connecting) {
+        connect();
+        waitFor(*m_connecting, deadline);
+    }
+    GDBusConnection* connection = m_connecting->connection.get();
+    return connection && !g_dbus_connection_is_closed(connection) ? connection : nullptr;
+}
+
+bool BoundedBus::waitUntil(const std::function<bool()>& isSo, Deadline deadline)
+{
+    takeLateAnswers();
+    while (!isSo()) {
+        if (isLost() || steady_clock::now() >= deadline)
+            return false;
+        iterateOnce(deadline);
+    }
+    return true;
+}
+
+int BoundedBus::descriptor()
+{
+    // What arrives wakes a context only if it has an owner.
+    if (!std::exchange(m_isWatched, true))
+        g_main_context_acquire(m_context.get());
+    std::array<GPollFD, 1> wakeUp {};
+    gint timeout = 0;
+    gint priority = 0;
+    g_main_context_prepare(m_context.get(), &priority);
+    g_main_context_query(m_context.get(), G_MAXINT, &timeout, wakeUp.data(), wakeUp.size());
+    return wakeUp.front().fd;
 }
 
 bool BoundedBus::isLost() const
@@ -116,6 +150,13 @@ void BoundedBus::takeLateAnswers()
 
 void BoundedBus::waitFor(const Operation& operation, Deadline deadline)
 {
+    while (!operation.isDone && steady_clock::now() < deadline)
+        iterateOnce(deadline);
+}
+
+/// Waits until something has been reported, but not after `deadline`.
+void BoundedBus::iterateOnce(Deadline deadline)
+{
     const auto left = std::chrono::ceil<milliseconds>(deadline - steady_clock::now());
     if (left <= milliseconds::zero())
         return;
@@ -123,8 +164,7 @@ void BoundedBus::waitFor(const Operation& operation, Deadline deadline)
     GSource* const timer = g_timeout_source_new(static_cast<guint>(left.count()));
     g_source_set_callback(timer, expire, &isExpired, nullptr);
     g_source_attach(timer, m_context.get());
-    while (!operation.isDone && !isExpired)
-        g_main_context_iteration(m_context.get(), TRUE);
+    g_main_context_iteration(m_context.get(), TRUE);
     g_source_destroy(timer);
     g_source_unref(timer);
 }

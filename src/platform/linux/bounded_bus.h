@@ -3,6 +3,7 @@
 #include <gio/gio.h>
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -51,6 +52,30 @@ public:
     /// Whether the connection could not be made or has ended; it stays so.
     [[nodiscard]] bool isLost() const;
 
+    /// The connection, which is made when first needed; null if it is not there at `deadline`.
+    [[nodiscard]] GDBusConnection* connection(Deadline deadline);
+
+    /// The same, also after it has ended; null if it was never made.
+    [[nodiscard]] GDBusConnection* madeConnection() const { return m_connecting ? m_connecting->connection.get() : nullptr; }
+
+    /// Calls `begin`, whose subscriptions and registrations on the connection then report from dispatch(), waitUntil() and ask().
+    template <typename Begin>
+    void listen(Begin begin)
+    {
+        g_main_context_push_thread_default(m_context.get());
+        begin();
+        g_main_context_pop_thread_default(m_context.get());
+    }
+
+    /// Has what has arrived reported, without waiting.
+    void dispatch() { takeLateAnswers(); }
+
+    /// Reports what arrives until `isSo`, but not after `deadline`; whether it is so.
+    bool waitUntil(const std::function<bool()>& isSo, Deadline deadline);
+
+    /// Readable when dispatch() has something to do, from the first call on. The event loop that watches it belongs to this thread.
+    [[nodiscard]] int descriptor();
+
 private:
     struct Operation {
         bool isDone = false;
@@ -65,8 +90,10 @@ private:
     void takeLateAnswers();
     void waitFor(const Operation& operation, Deadline deadline);
     [[nodiscard]] bool isAnyOpen() const;
+    void iterateOnce(Deadline deadline);
 
     GLibPtr<GMainContext> m_context;
+    bool m_isWatched = false;
     GLibPtr<GCancellable> m_cancellable;
     std::string m_address;
     std::shared_ptr<Operation> m_connecting;

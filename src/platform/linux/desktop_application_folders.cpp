@@ -19,7 +19,7 @@ constexpr std::size_t mostEntries = 50'000;
 
 QUrl urlOf(const std::string& path)
 {
-    return QUrl::fromLocalFile(QFile::decodeName(QByteArray::fromStdString(path)));
+    return QUrl::fromLocalFile(QFile::decodeName(path.c_str()));
 }
 
 std::string pathOf(const QUrl& url)

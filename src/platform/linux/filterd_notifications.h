@@ -22,7 +22,7 @@ public:
     Observers<> observers;
 
 private Q_SLOTS:
-    void take();
+    void take(const QString& name);
 
 private:
     QString m_name;

@@ -1,11 +1,13 @@
 #include "platform/platform.h"
 
+#include "platform/linux/absent_overlay_panels.h"
 #include "platform/linux/browser_named_applications.h"
 #include "platform/linux/desktop_application_directory.h"
 #include "platform/linux/desktop_application_folders.h"
 #include "platform/linux/desktop_colour_scheme.h"
 #include "platform/linux/desktop_idle_source.h"
 #include "platform/linux/desktop_motion_preference.h"
+#include "platform/linux/desktop_report.h"
 #include "platform/linux/desktop_script_runner.h"
 #include "platform/linux/desktop_system_focus.h"
 #include "platform/linux/desktop_url_opener.h"
@@ -20,6 +22,12 @@
 #include "platform/linux/settings_file.h"
 #include "platform/linux/status_hints.h"
 #include "platform/linux/synced_folder_store.h"
+#include "platform/linux/wayland/layer_cover_window.h"
+#include "platform/linux/wayland/wayland_activation_monitor.h"
+#include "platform/linux/wayland/wayland_idle_source.h"
+#include "platform/linux/wayland/wayland_running_applications.h"
+#include "platform/linux/wayland/wayland_session.h"
+#include "platform/linux/wayland_desktop_notices.h"
 #include "platform/linux/x11_activation_monitor.h"
 #include "platform/linux/x11_overlay_panels.h"
 #include "platform/linux/x11_panel_windows.h"
@@ -37,22 +45,53 @@ namespace {
 struct Shared {
     PanelWindows panelWindows;
     DesktopColourScheme colourScheme;
+    std::shared_ptr<CompositorWindows> compositorWindows; ///< null on an X11 desktop
 };
+
+bool isWaylandDesktop()
+{
+    return WaylandDisplay::open() != nullptr;
+}
+
+std::unique_ptr<OverlayPanels> makeOverlayPanels(OverlayContentFactory& contents, PanelWindows& panelWindows, X11CoverWindow::LastResort lastResort)
+{
+    if (const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>())
+        return std::make_unique<X11OverlayPanels>(contents, x11->connection(), panelWindows, lastResort);
+    if (auto shell = LayerShell::find())
+        return std::make_unique<LayerOverlayPanels>(contents, std::move(shell));
+    return std::make_unique<AbsentOverlayPanels>();
+}
 
 } // namespace
 
 Result<void> preparePlatform()
 {
-    // On a Wayland desktop our windows go through XWayland: the cover has to stand above everything, which Wayland's
-    // ordinary windows cannot.
-    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "xcb");
-    if (!qEnvironmentVariable("QT_QPA_PLATFORM").startsWith(QStringLiteral("xcb")))
-        return std::unexpected(PlatformError { QStringLiteral("Orvanta Focus works on an X11 desktop; QT_QPA_PLATFORM asks for something else") });
-    // Qt would abort where there is no X server; asked first, we can say it.
-    if (const auto connection = X11Connection::open(); !connection)
-        return std::unexpected(connection.error());
+    const QString chosen = qEnvironmentVariable("QT_QPA_PLATFORM");
+    if (!chosen.isEmpty() && !chosen.startsWith(QStringLiteral("xcb")) && !chosen.startsWith(QStringLiteral("wayland")))
+        return std::unexpected(
+            PlatformError { QStringLiteral("Orvanta Focus works on an X11 or Wayland desktop; QT_QPA_PLATFORM asks for something else") });
+    const SessionTraits session = findSessionTraits();
+    switch (coverManner(session, chosen)) {
+    case CoverManner::layerSurface:
+        useWaylandWindows();
+        return {};
+    case CoverManner::x11Window:
+        qputenv("QT_QPA_PLATFORM", chosen.isEmpty() ? "xcb" : chosen.toUtf8());
+        return {};
+    case CoverManner::none:
+        break;
+    }
+    // Qt would abort where there is nothing to show a window on; asked first, we can say it.
+    if (!session.isWayland || !session.hasQtForWayland || chosen.startsWith(QStringLiteral("xcb")))
+        return std::unexpected(PlatformError { session.xServerProblem });
+    useWaylandWindows(); // without covers, but all the rest
     return {};
+}
+
+DesktopDiagnosis diagnoseDesktop()
+{
+    const DesktopFindings found = findDesktop();
+    return { .sources = sourcesInUse(found), .missing = whatIsMissing(found) };
 }
 
 std::unique_ptr<MotionPreference> makeMotionPreference()
@@ -63,12 +102,22 @@ std::unique_ptr<MotionPreference> makeMotionPreference()
 MakeActivitySources activitySourcesFactory()
 {
     return [own = OwnApplication::current()] {
-        auto applications
-            = std::make_unique<BrowserNamedApplications>(std::make_unique<X11RunningApplications>(X11RunningApplications::Use::periodic, own));
+        const bool isWayland = isWaylandDesktop();
+        std::unique_ptr<RunningApplications> windows;
+        if (isWayland)
+            windows = std::make_unique<WaylandRunningApplications>(std::make_shared<CompositorWindows>(), own);
+        else
+            windows = std::make_unique<X11RunningApplications>(X11RunningApplications::Use::periodic, own);
+        auto applications = std::make_unique<BrowserNamedApplications>(std::move(windows));
         auto scripts = std::make_unique<DesktopScriptRunner>(*applications);
+        std::unique_ptr<IdleSource> idle;
+        if (isWayland)
+            idle = std::make_unique<WaylandIdleSource>();
+        else
+            idle = std::make_unique<DesktopIdleSource>();
         return ActivitySources { .applications = std::move(applications),
             .scripts = std::move(scripts),
-            .idle = std::make_unique<DesktopIdleSource>(),
+            .idle = std::move(idle),
             .processes = std::make_unique<ProcProcessLister>() };
     };
 }
@@ -89,11 +138,22 @@ Platform makePlatform(OverlayContentFactory& contents)
     platform.defaults = std::move(settings);
     platform.cloudStore = std::move(synced);
     platform.secrets = std::make_unique<SecretService>();
-    platform.screens = std::make_unique<QtScreens>();
-    auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-    platform.overlayPanels = std::make_unique<X11OverlayPanels>(contents, x11->connection(), shared->panelWindows);
-    platform.runningApplications = std::make_unique<X11RunningApplications>();
-    platform.activationMonitor = std::make_unique<X11ActivationMonitor>(shared->panelWindows);
+    if (isWaylandDesktop())
+        shared->compositorWindows = std::make_shared<CompositorWindows>();
+    if (shared->compositorWindows)
+        platform.screens = std::make_unique<QtScreens>(waylandKeyWindowGeometry(shared->compositorWindows), QtScreens::Pixels::logical);
+    else
+        platform.screens = std::make_unique<QtScreens>();
+    platform.overlayPanels = makeOverlayPanels(contents, shared->panelWindows,
+        shared->compositorWindows ? X11CoverWindow::LastResort::none : X11CoverWindow::LastResort::withoutWindowManager);
+    if (shared->compositorWindows) {
+        platform.runningApplications = std::make_unique<WaylandRunningApplications>(shared->compositorWindows);
+        platform.activationMonitor = std::make_unique<WaylandActivationMonitor>(*shared->compositorWindows);
+        platform.desktopNotices = std::make_unique<WaylandDesktopNotices>(*shared->compositorWindows);
+    } else {
+        platform.runningApplications = std::make_unique<X11RunningApplications>();
+        platform.activationMonitor = std::make_unique<X11ActivationMonitor>(shared->panelWindows);
+    }
     platform.extensionManager = std::make_unique<FilterdExtensionManager>();
     platform.filterManager = std::make_unique<FilterdFilterManager>();
     platform.dnsProxyManager = std::make_unique<FilterdDnsProxyManager>();

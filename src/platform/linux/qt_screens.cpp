@@ -12,7 +12,7 @@ using namespace Qt::StringLiterals;
 
 namespace orvanta {
 
-QtScreens::QtScreens(KeyWindowGeometry keyWindowGeometry) : m_keyWindowGeometry(std::move(keyWindowGeometry)) { }
+QtScreens::QtScreens(KeyWindowGeometry keyWindowGeometry, Pixels pixels) : m_keyWindowGeometry(std::move(keyWindowGeometry)), m_pixels(pixels) { }
 
 std::vector<QtScreens::Display> QtScreens::displays() const
 {
@@ -27,7 +27,7 @@ std::vector<QtScreens::Display> QtScreens::displays() const
     for (qsizetype i = 0; i < screens.size(); ++i) {
         const QScreen* screen = screens[i];
         displays.push_back({ .screen = { .number = numbers[static_cast<std::size_t>(i)], .frame = screen->geometry() },
-            .nativeFrame = nativeFrame(screen->geometry(), screen->devicePixelRatio()),
+            .placeOfWindows = m_pixels == Pixels::logical ? screen->geometry() : nativeFrame(screen->geometry(), screen->devicePixelRatio()),
             .isPrimary = screen == QGuiApplication::primaryScreen() });
     }
     return displays;
@@ -48,7 +48,7 @@ std::optional<Screen> QtScreens::main() const
         return std::nullopt;
     if (const std::optional<QRect> window = m_keyWindowGeometry()) {
         const auto holder
-            = std::ranges::find_if(all, [centre = window->center()](const Display& display) { return display.nativeFrame.contains(centre); });
+            = std::ranges::find_if(all, [centre = window->center()](const Display& display) { return display.placeOfWindows.contains(centre); });
         if (holder != all.end())
             return holder->screen;
     }

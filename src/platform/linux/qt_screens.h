@@ -13,17 +13,20 @@
 
 namespace orvanta {
 
-/// Where the window with the keyboard stands, in the server's pixels; nothing if there is none.
+/// Where the window with the keyboard stands; nothing if there is none.
 using KeyWindowGeometry = std::function<std::optional<QRect>()>;
 
-/// Asks the X server for it, through a connection of its own, opened at the first call.
+/// Asks the X server for it, through a connection of its own, opened at the first call; in the server's pixels.
 [[nodiscard]] KeyWindowGeometry x11KeyWindowGeometry();
 
 /// The displays as Qt knows them, numbered by their outputs' names. A display's frame begins where the server says, in
 /// the server's own pixels, and is as large as logical pixels make it.
 class QtScreens : public Screens {
 public:
-    explicit QtScreens(KeyWindowGeometry keyWindowGeometry = x11KeyWindowGeometry());
+    /// What the geometry of the window with the keyboard is told in.
+    enum class Pixels { native, logical };
+
+    explicit QtScreens(KeyWindowGeometry keyWindowGeometry = x11KeyWindowGeometry(), Pixels pixels = Pixels::native);
 
     [[nodiscard]] std::vector<Screen> all() const override;
     [[nodiscard]] std::optional<Screen> main() const override;
@@ -31,13 +34,14 @@ public:
 private:
     struct Display {
         Screen screen;
-        QRect nativeFrame;
+        QRect placeOfWindows; ///< the frame in the pixels of the key window's geometry
         bool isPrimary = false;
     };
 
     [[nodiscard]] std::vector<Display> displays() const;
 
     KeyWindowGeometry m_keyWindowGeometry;
+    Pixels m_pixels;
     mutable ScreenNumbers m_numbers; ///< grows by what is seen; the answers never change by it
 };
 

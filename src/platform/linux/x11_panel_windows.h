@@ -21,6 +21,9 @@ private:
     std::unordered_set<xcb_window_t> m_windows;
 };
 
+/// The WM_WINDOW_ROLE of our panels, for compositors that tell of windows by such things.
+inline constexpr auto panelWindowRole = "orvanta-panel";
+
 /// Marks `window` as one of our panels for those who cannot see PanelWindows because they stand on another thread. To be
 /// called before it is mapped, on the connection that made it. Waits for one answer of the server.
 void markPanelWindow(xcb_connection_t* connection, xcb_window_t window);

@@ -1,11 +1,10 @@
 #include "platform/linux/x11_running_applications.h"
 
-#include <QHash>
+#include "platform/linux/application_groups.h"
 
 #include <algorithm>
 #include <array>
 #include <ranges>
-#include <unordered_map>
 
 using namespace Qt::StringLiterals;
 
@@ -33,15 +32,6 @@ bool goesWithAnother(const X11Window& window, const std::vector<X11Window>& wind
         owner = &*next;
     }
     return false;
-}
-
-/// What windows of one application have in common.
-QString groupKey(const ApplicationIdentity::Application& application, const X11Window& window)
-{
-    if (application.identifier)
-        return *application.identifier;
-    // No identifier begins so.
-    return window.process != 0 ? u"\nprocess "_s + QString::number(window.process) : u"\nwindow "_s + QString::number(window.id);
 }
 
 } // namespace
@@ -87,22 +77,12 @@ std::vector<RunningApplication> X11RunningApplications::all()
     const std::vector<X11Window> clients = windows->describe(windows->desktop().clients);
     m_identity.forgetAllBut(clients);
 
-    std::vector<RunningApplication> applications;
-    QHash<QString, std::size_t> places;
+    ApplicationGroups groups;
     for (const X11Window& window : clients) {
-        if (window.isPanel)
-            continue;
-        RunningApplication found = application(window);
-        const QString key = groupKey(m_identity.of(window), window);
-        const auto place = places.constFind(key);
-        if (place == places.cend()) {
-            places.insert(key, applications.size());
-            applications.push_back(std::move(found));
-        } else if (found.activationPolicy == ActivationPolicy::regular) {
-            applications[*place].activationPolicy = ActivationPolicy::regular;
-        }
+        if (!window.isPanel)
+            groups.add(application(window), window.process, window.id);
     }
-    return applications;
+    return groups.take();
 }
 
 void X11RunningApplications::hide(const QString& bundleIdentifier)

@@ -27,6 +27,11 @@ Result<void> preparePlatform()
     return {};
 }
 
+DesktopDiagnosis diagnoseDesktop()
+{
+    return { .sources = { QStringLiteral("Applications, covers, idle time and Focus: macOS itself") }, .missing = {} };
+}
+
 std::unique_ptr<MotionPreference> makeMotionPreference()
 {
     return std::make_unique<WorkspaceMotionPreference>();

@@ -60,7 +60,7 @@ public:
             const auto bytes = readBoundedFile((bundle + place).c_str(), bundleInformationLimit, m_buffer);
             if (!bytes && bytes.error() == BoundedFileError::unreadable)
                 continue;
-            auto information = bytes ? parseBundleInformation(*bytes).value_or(BundleInformation()) : BundleInformation();
+            auto information = bytes ? m_reader.parse(*bytes).value_or(BundleInformation()) : BundleInformation();
             return ApplicationRecord { .applicationURL = urlOf(bundle),
                 .bundleIdentifier = std::move(information.bundleIdentifier),
                 .uiElement = information.uiElement,
@@ -77,7 +77,7 @@ private:
         bool isFolder = false;
     };
 
-    static QUrl urlOf(const std::string& path) { return QUrl::fromLocalFile(QFile::decodeName(QByteArray::fromStdString(path))); }
+    static QUrl urlOf(const std::string& path) { return QUrl::fromLocalFile(QFile::decodeName(path.c_str())); }
 
     static std::vector<Child> childrenOf(const std::string& path)
     {
@@ -99,6 +99,7 @@ private:
 
     std::vector<ApplicationRecord> m_records;
     std::vector<char> m_buffer;
+    BundleInformationReader m_reader;
 };
 
 std::string pathOf(const QUrl& url)

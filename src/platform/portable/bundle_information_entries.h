@@ -27,8 +27,8 @@ inline std::optional<bool>* flagEntry(BundleInformation& information, std::strin
     return nullptr;
 }
 
-/// Each form's own reader; both take any bytes.
+/// Each form's own reader; both take any bytes. The one for XML uses a fresh parser, or one that was reset.
 [[nodiscard]] std::expected<BundleInformation, BundleInformationError> parseBinaryBundleInformation(std::string_view bytes);
-[[nodiscard]] std::expected<BundleInformation, BundleInformationError> parseXmlBundleInformation(std::string_view bytes);
+[[nodiscard]] std::expected<BundleInformation, BundleInformationError> parseXmlBundleInformation(std::string_view bytes, XML_ParserStruct* parser);
 
 } // namespace orvanta

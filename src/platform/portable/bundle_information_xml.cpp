@@ -1,6 +1,5 @@
 #include "platform/portable/bundle_information_entries.h"
 
-#include <memory>
 #include <string>
 
 #include <expat.h>
@@ -8,8 +7,6 @@
 namespace orvanta {
 
 namespace {
-
-using Parser = std::unique_ptr<XML_ParserStruct, decltype([](XML_Parser parser) { XML_ParserFree(parser); })>;
 
 /// Follows the elements of an XML property list, and keeps what stands in the outermost dictionary.
 class XmlReading {
@@ -130,23 +127,20 @@ XmlReading& reading(void* data)
 
 } // namespace
 
-std::expected<BundleInformation, BundleInformationError> parseXmlBundleInformation(std::string_view bytes)
+std::expected<BundleInformation, BundleInformationError> parseXmlBundleInformation(std::string_view bytes, XML_ParserStruct* parser)
 {
-    const Parser parser(XML_ParserCreate(nullptr));
-    if (!parser)
-        return std::unexpected(BundleInformationError::noPropertyList);
-    XmlReading state(parser.get());
-    XML_SetUserData(parser.get(), &state);
+    XmlReading state(parser);
+    XML_SetUserData(parser, &state);
     XML_SetElementHandler(
-        parser.get(), [](void* data, const XML_Char* name, const XML_Char**) { reading(data).start(name); },
+        parser, [](void* data, const XML_Char* name, const XML_Char**) { reading(data).start(name); },
         [](void* data, const XML_Char*) { reading(data).end(); });
-    XML_SetCharacterDataHandler(parser.get(),
+    XML_SetCharacterDataHandler(parser,
         [](void* data, const XML_Char* text, int length) { reading(data).characters(std::string_view(text, static_cast<std::size_t>(length))); });
     XML_SetEntityDeclHandler(
-        parser.get(), [](void* data, const XML_Char*, int, const XML_Char*, int, const XML_Char*, const XML_Char*, const XML_Char*, const XML_Char*) {
+        parser, [](void* data, const XML_Char*, int, const XML_Char*, int, const XML_Char*, const XML_Char*, const XML_Char*, const XML_Char*) {
             reading(data).fail();
         });
-    const auto status = XML_Parse(parser.get(), bytes.data(), static_cast<int>(bytes.size()), XML_TRUE);
+    const auto status = XML_Parse(parser, bytes.data(), static_cast<int>(bytes.size()), XML_TRUE);
     return state.finish(status == XML_STATUS_OK);
 }
 

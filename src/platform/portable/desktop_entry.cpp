@@ -3,7 +3,9 @@
 #include "platform/portable/bounded_file.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
+#include <cstring>
 
 using namespace Qt::StringLiterals;
 
@@ -11,22 +13,39 @@ namespace orvanta {
 
 namespace {
 
-constexpr std::string_view blanks = " \t\r\f\v";
+/// The characters of a text, as a table: most of what is read here is passed over, and that has to be quick.
+class Characters {
+public:
+    explicit constexpr Characters(std::string_view characters)
+    {
+        for (const char character : characters)
+            m_isOneOfThem[static_cast<unsigned char>(character)] = true;
+    }
+
+    [[nodiscard]] constexpr bool hold(char character) const { return m_isOneOfThem[static_cast<unsigned char>(character)]; }
+
+private:
+    std::array<bool, 256> m_isOneOfThem {};
+};
+
+constexpr Characters blanks(" \t\r\f\v");
 
 std::string_view trimmed(std::string_view text)
 {
-    const auto first = text.find_first_not_of(blanks);
-    if (first == std::string_view::npos)
-        return {};
-    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+    while (!text.empty() && blanks.hold(text.front()))
+        text.remove_prefix(1);
+    while (!text.empty() && blanks.hold(text.back()))
+        text.remove_suffix(1);
+    return text;
 }
 
 /// The next line of `rest`, which then begins after it.
 std::string_view takeLine(std::string_view& rest)
 {
-    const auto end = rest.find('\n');
-    const std::string_view line = rest.substr(0, end);
-    rest = end == std::string_view::npos ? std::string_view {} : rest.substr(end + 1);
+    const void* found = std::memchr(rest.data(), '\n', rest.size());
+    const std::size_t size = found ? static_cast<std::size_t>(static_cast<const char*>(found) - rest.data()) : rest.size();
+    const std::string_view line(rest.data(), size);
+    rest.remove_prefix(found ? size + 1 : size);
     return line;
 }
 
@@ -90,19 +109,29 @@ bool flag(std::string_view value)
     return value == "true" || value == "1";
 }
 
-/// Whether a line may matter, by its first character alone: most lines of most entries are translations of keys that are
-/// not asked for, and this passes them over without looking further.
-bool mayMatter(std::string_view line)
+/// What a line that may matter begins with: a key that is asked for, a group, or a blank. Most lines of most entries are
+/// translations of other keys, and are passed over without being looked at any further.
+constexpr Characters firstOfLines("EHINOST[ \t\r\f\v");
+
+/// Whether it is a translation of the name, of which most are into languages that nobody asked for.
+bool isTranslatedName(std::string_view line)
 {
-    constexpr std::string_view firstOfKeys = "EHINOST";
-    return !line.empty()
-        && (firstOfKeys.find(line.front()) != std::string_view::npos || line.front() == '[' || blanks.find(line.front()) != std::string_view::npos);
+    return line.starts_with("Name[");
 }
 
 /// One entry as it is being read; it remembers how good the best translation of the name is so far.
 class Reading {
 public:
     explicit Reading(std::span<const std::string> languages) : m_languages(languages), m_nameRank(languages.size() + 1) { }
+
+    /// Whether the name's translation that a line begins with is of a language that was asked for.
+    [[nodiscard]] bool isAskedFor(std::string_view line) const
+    {
+        constexpr std::size_t begin = std::string_view("Name[").size();
+        return std::ranges::any_of(m_languages, [line](const std::string& language) {
+            return line.size() > begin + language.size() && line[begin + language.size()] == ']' && line.substr(begin).starts_with(language);
+        });
+    }
 
     void take(std::string_view key, std::string_view value)
     {
@@ -205,8 +234,9 @@ std::expected<DesktopEntry, DesktopEntryError> parseDesktopEntry(std::string_vie
     bool isFound = false;
     Reading reading(languages);
     while (!bytes.empty()) {
+        const bool mayMatter = firstOfLines.hold(bytes.front());
         const std::string_view whole = takeLine(bytes);
-        if (!mayMatter(whole))
+        if (!mayMatter || (isTranslatedName(whole) && !reading.isAskedFor(whole)))
             continue;
         const std::string_view line = trimmed(whole);
         if (line.empty())

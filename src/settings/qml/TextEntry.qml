@@ -92,6 +92,9 @@ FocusScope {
             // Rather smaller than cut off.
             fontSizeMode: Text.HorizontalFit
             minimumPixelSize: 11
+            lineHeightMode: Text.ProportionalHeight
+            lineHeight: 1
+            height: contentHeight // so that it stands in the middle then, too
             elide: Text.ElideRight
             Accessible.ignored: true
         }

@@ -9,6 +9,11 @@ from .programs import BIN
 from .scene import Scene
 from .waiting import until
 
+# What these desktops run, as it is reported: identity and name.
+FIREFOX = ("org.mozilla.firefox", "Firefox ESR")
+CHROMIUM = ("com.google.Chrome", "Google Chrome")
+TERMINAL = ("debian-xterm.desktop", "XTerm")
+
 
 def printed_activity():
     """What the application would see of the user, now."""

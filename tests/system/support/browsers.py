@@ -1,10 +1,13 @@
 """Real browsers with profiles of their own, and the pages that they show."""
 import functools
+import os
+import signal
 import subprocess
 import threading
 from http.server import SimpleHTTPRequestHandler, ThreadingHTTPServer
 
 from .programs import scratch
+from .waiting import until
 
 _FIREFOX_SETTINGS = {
     "browser.shell.checkDefaultBrowser": False,
@@ -53,6 +56,25 @@ def switch_accessibility_on():
         ["gdbus", "call", "--session", "--dest", "org.a11y.Bus", "--object-path", "/org/a11y/bus", "--method", "org.freedesktop.DBus.Properties.Set",
          "org.a11y.Status", "IsEnabled", "<true>"],
         check=True, capture_output=True)
+
+
+def kill_accessibility_bus():
+    """The bus dies, and what would start it again at once, as after a crash. It is not of the session's other buses."""
+    launcher = _owner("org.a11y.Bus")
+    daemons = [int(pid) for pid in subprocess.run(["pgrep", "--parent", str(launcher)], capture_output=True, text=True).stdout.split()]
+    assert daemons, "the launcher has started no bus"
+    for pid in [launcher, *daemons]:
+        os.kill(pid, signal.SIGKILL)
+    until(lambda: not _owner("org.a11y.Bus"), "the accessibility bus is gone")
+
+
+def _owner(name):
+    """The process that owns a name on the session's bus; 0 if none does."""
+    done = subprocess.run(
+        ["gdbus", "call", "--session", "--dest", "org.freedesktop.DBus", "--object-path", "/", "--method",
+         "org.freedesktop.DBus.GetConnectionUnixProcessID", name],
+        capture_output=True, text=True)
+    return int(done.stdout.split()[1].rstrip(",)")) if done.returncode == 0 else 0
 
 
 def firefox(*urls):

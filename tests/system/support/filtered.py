@@ -93,8 +93,13 @@ class Network:
             process.wait()
             if process.stdout:
                 process.stdout.close()
-        run("ip", "link", "delete", "cable")  # which else goes only some time after the other machine
+        until(lambda: not Path("/sys/class/net/cable").exists() or self._cut(), "the cable is gone")
         self.folder.cleanup()
+
+    @staticmethod
+    def _cut():
+        """The cable goes with the other machine, but only some time after it."""
+        return subprocess.run(["ip", "link", "delete", "cable"], capture_output=True).returncode == 0
 
     def _start(self, *command, **options):
         process = subprocess.Popen(command, **options)

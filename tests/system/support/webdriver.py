@@ -14,14 +14,14 @@ _ELEMENT = "element-6066-11e4-a52e-4f735466cecf"
 
 class Browser:
     """Without a window unless one is asked for. `hosts` are addresses that it takes for names, which may hold a "*"; whatever
-    certificate they show is good."""
+    certificate they show is good. `arguments` are more of the browser's own."""
 
-    def __init__(self, headless=True, hosts=None):
+    def __init__(self, headless=True, hosts=None, arguments=()):
         self.driver = Process(["chromedriver", "--port=0"])
         started = r"started successfully on port (\d+)"
         until(lambda: re.search(started, self.driver.output), lambda: f"the driver listens\n{self.driver.output}")
         self.base = f"http://127.0.0.1:{re.search(started, self.driver.output)[1]}"
-        arguments = ["--window-size=1100,900", *CHROMIUM, f"--user-data-dir={scratch('driven')}"]
+        arguments = ["--window-size=1100,900", *CHROMIUM, f"--user-data-dir={scratch('driven')}", *arguments]
         if headless:
             arguments.append("--headless=new")
         if hosts:

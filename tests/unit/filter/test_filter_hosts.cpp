@@ -68,6 +68,17 @@ private Q_SLOTS:
         QCOMPARE(QByteArray::fromStdString(hostOfEntry(entry.toStdString()).value_or("none")), host);
     }
 
+    void anEntryOfAnySizeIsSurvived()
+    {
+        std::string dots;
+        for (int dot = 0; dot < 500'000; ++dot)
+            dots += "\u3002";
+        QVERIFY(!hostOfEntry(dots));
+        QVERIFY(!hostOfEntry(std::string(1'000'000, '.')));
+        QVERIFY(!hostOfEntry("a.example/" + std::string(1'000'000, 'x')));
+        QCOMPARE(hostOfEntry("a.example/" + std::string(2000, 'x')), "a.example");
+    }
+
     void hostsAreComparedWithoutCasePortAndTrailingDots()
     {
         QVERIFY(comparableHost("WWW.Example.com.:443") == "www.example.com");

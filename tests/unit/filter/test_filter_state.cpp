@@ -1,3 +1,4 @@
+#include "filter/linux/mark_bits.h"
 #include "filter/linux/preferences.h"
 
 #include <QFile>
@@ -22,6 +23,7 @@ StoredState someState()
         .blockedDomains = { "a.example", "b\"\\\n.example" },
         .hasBlockedDomains = true };
     state.dnsProxyProvider = "com.example.Proxy";
+    state.generation = 7;
     return state;
 }
 
@@ -36,10 +38,28 @@ private Q_SLOTS:
         const QTemporaryDir folder;
         const StateFile file(folder.path().toStdString());
         QVERIFY(file.read() == StoredState());
-        for (const StoredState& state : { someState(), StoredState() }) {
+        StoredState empty = someState();
+        empty.preferences.blockedDomains.clear();
+        StoredState latest = someState();
+        latest.generation = lastGeneration;
+        for (const StoredState& state : { someState(), StoredState(), empty, latest }) {
             QVERIFY(file.write(state).has_value());
             QVERIFY(file.read() == state);
         }
+    }
+
+    void aStateOfAnEarlierVersionIsReadAsWell()
+    {
+        const auto state = decodeState(R"({"activated":true,"preferences":{"blockedDomains":["a.example"]}})");
+        QVERIFY(state.has_value());
+        QVERIFY(state->activated && state->generation == 0 && state->dnsProxyProvider.empty());
+    }
+
+    void theListOfEachGenerationHasANumberOfItsOwn()
+    {
+        QCOMPARE(int { generationAfter(1) }, 2);
+        QCOMPARE(int { generationAfter(lastGeneration) }, 1); // what stands for "refused" or "undecided" is none
+        QCOMPARE(int { generationAfter(0xff) }, 1);
     }
 
     void nobodyElseMayReadIt()
@@ -75,6 +95,10 @@ private Q_SLOTS:
         QTest::newRow("an unknown preference") << QByteArray("{'activated':true,'preferences':{'x':1}}");
         QTest::newRow("a flag that is none") << QByteArray("{'activated':1,'preferences':{}}");
         QTest::newRow("a grade that is none") << QByteArray("{'activated':true,'preferences':{'grade':'1'}}");
+        QTest::newRow("a generation that is none") << QByteArray("{'activated':true,'preferences':{},'generation':255}");
+        QTest::newRow("a negative generation") << QByteArray("{'activated':true,'preferences':{},'generation':-1}");
+        QTest::newRow("a provider that is none") << QByteArray("{'activated':true,'preferences':{},'dnsProxyProvider':1}");
+        QTest::newRow("a text that is too long") << "{'activated':true,'preferences':{'localizedDescription':'" + QByteArray(4097, 'x') + "'}}";
         QTest::newRow("a domain that is none") << QByteArray("{'activated':true,'preferences':{'blockedDomains':[1]}}");
     }
 

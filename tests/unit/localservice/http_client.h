@@ -67,6 +67,10 @@ public:
             reply.headers.insert(line.first(colon).trimmed().toLower(), line.sliced(colon + 1).trimmed());
         }
         m_input.remove(0, end + 4);
+        if (reply.headers.value("transfer-encoding") == "chunked") {
+            const bool isWhole = receiveChunks(reply.body);
+            return isWhole ? Answer(std::move(reply)) : Answer();
+        }
         const qsizetype length = method == "HEAD" ? 0 : reply.headers.value("content-length").toInt();
         waitUntil([&] { return takeInput() || m_input.size() >= length; });
         if (m_input.size() < length)
@@ -98,6 +102,27 @@ public:
     }
 
 private:
+    /// A body of chunks, each with its size before it; whether it came to its end.
+    bool receiveChunks(QByteArray& body)
+    {
+        while (true) {
+            waitUntil([this] { return takeInput() || m_input.contains("\r\n"); });
+            const qsizetype line = m_input.indexOf("\r\n");
+            bool isNumber = false;
+            const qsizetype size = line < 0 ? 0 : m_input.first(line).toLongLong(&isNumber, 16);
+            if (!isNumber)
+                return false;
+            const qsizetype whole = line + 2 + size + 2;
+            waitUntil([this, whole] { return takeInput() || m_input.size() >= whole; });
+            if (m_input.size() < whole)
+                return false;
+            body += m_input.sliced(line + 2, size);
+            m_input.remove(0, whole);
+            if (size == 0)
+                return true;
+        }
+    }
+
     /// Takes what has arrived; true once nothing more will come.
     bool takeInput()
     {

@@ -303,7 +303,62 @@ private Q_SLOTS:
         QCOMPARE(again->idleSeconds, 10.5);
         QCOMPARE(again->applications.size(), 2U);
         QCOMPARE(again->applications[1].tabs.at(0).url, u"https://a.example/"_s);
-        QCOMPARE(activityJson({}), "[\n]\n"_ba);
+    }
+
+    void whereNothingWasUploadedTheFilesAreEmpty()
+    {
+        Served served;
+        const QByteArray host = "Host: 127.0.0.1:" + QByteArray::number(served.port());
+        QCOMPARE(exchange(served.port(), "GET", "/activity.json?from=2026-03-10", { host })->body, "[\n]\n"_ba);
+        QCOMPARE(exchange(served.port(), "GET", "/activity.csv?from=2026-03-10", { host })->body,
+            "periodStart,periodEnd,kind,bundleIdentifier,name,url,title,seconds\r\n"_ba);
+    }
+
+    /// Over days with nothing in them, and from the first minute of the range to its last.
+    void theFilesHoldEveryPeriodOfALongRangeInOrder()
+    {
+        Served served;
+        QList<UtcTime> starts;
+        for (const int days : { 0, 1, 40, 200 }) {
+            for (const int hour : { 0, 5, 6, 23 })
+                starts << on(day.addDays(days), hour);
+        }
+        for (const UtcTime start : starts)
+            add(served.database(), period(start, 0, { editor(60) }));
+        add(served.database(), period(on(day.addDays(201), 0), 0, { editor(60) })); // beyond the range
+        const QByteArray host = "Host: 127.0.0.1:" + QByteArray::number(served.port());
+        const QByteArray range = "?from=2026-03-10&to=" + day.addDays(200).toString(Qt::ISODate).toLatin1();
+
+        const auto json = exchange(served.port(), "GET", "/activity.json" + range, { host });
+        const auto periods = nlohmann::ordered_json::parse(json->body.begin(), json->body.end(), nullptr, false);
+        QCOMPARE(periods.size(), static_cast<std::size_t>(starts.size()));
+        for (qsizetype i = 0; i < starts.size(); ++i)
+            QCOMPARE(QString::fromStdString(periods[static_cast<std::size_t>(i)].at("periodStart").get<std::string>()), isoFromUtcTime(starts[i]));
+
+        const auto csv = exchange(served.port(), "GET", "/activity.csv" + range, { host });
+        QCOMPARE(csv->body.count("periodStart"), 1);
+        QCOMPARE(csv->body.count("\r\n"), 1 + 2 * starts.size());
+        qsizetype place = 0;
+        for (const UtcTime start : starts) {
+            const qsizetype found = csv->body.indexOf("\n" + isoFromUtcTime(start).toLatin1() + ',', place);
+            QVERIFY(found >= place);
+            place = found;
+        }
+    }
+
+    /// A file that ends too early must not look whole.
+    void aFileThatCannotBeReadToItsEndIsCutOff()
+    {
+        Served served;
+        for (const int days : { 0, 300 })
+            add(served.database(), period(on(day.addDays(days), 9), 0, { editor(60) }));
+        const TimeSpan span { on(day, 0), on(day.addDays(301), 0) };
+        const auto file = ActivityExport::open(served.database(), span, ActivityExport::Format::csv);
+        QVERIFY(file.has_value());
+        const auto beginning = (*file)->next();
+        QVERIFY(beginning && beginning->contains("idle"));
+        served.database().execute("ALTER TABLE page_uses RENAME TO elsewhere");
+        QVERIFY(!(*file)->next().has_value());
     }
 };
 

@@ -8,6 +8,30 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+/// A body of a million bytes a piece.
+class MillionAtATime : public BodyPieces {
+public:
+    MillionAtATime(int pieces, bool fails) : m_left(pieces), m_fails(fails) { ++alive; }
+    ~MillionAtATime() override { --alive; }
+    MillionAtATime(const MillionAtATime&) = delete;
+    MillionAtATime& operator=(const MillionAtATime&) = delete;
+
+    std::optional<QByteArray> next() override
+    {
+        ++taken;
+        if (m_left-- > 0)
+            return QByteArray(1'000'000, static_cast<char>('a' + m_left % 26));
+        return m_fails ? std::nullopt : std::optional(QByteArray());
+    }
+
+    static inline int alive = 0;
+    static inline int taken = 0;
+
+private:
+    int m_left;
+    bool m_fails;
+};
+
 /// Answers each request with what it was, and counts.
 class EchoHandler : public RequestHandler {
 public:
@@ -23,6 +47,8 @@ public:
         bodies.append(request.body);
         if (request.head.path == "/long")
             return { 200, "text/plain", QByteArray(4'000'000, 'x'), {} };
+        if (request.head.path == "/pieces" || request.head.path == "/broken")
+            return { 200, "text/plain", {}, {}, std::make_shared<MillionAtATime>(20, request.head.path == "/broken") };
         return { 200, "text/plain", QByteArray::fromStdString(request.head.method + ' ' + request.head.path), { { "X-Extra", "1" } } };
     }
     Response problem(int status, const QString& reason) override { return { status, "text/plain", reason.toUtf8(), {} }; }
@@ -108,6 +134,48 @@ private Q_SLOTS:
         QCOMPARE(reply->status, 200);
         QCOMPARE(reply->headers.value("connection"), "close"_ba);
         QVERIFY(client.isClosedByPeer());
+    }
+
+    void aBodyThatIsMadeWhileItIsSentArrivesWhole()
+    {
+        HttpClient client(m_server->port());
+        client.send(requestBytes("GET", "/pieces"));
+        const auto reply = client.receive();
+        QCOMPARE(reply->headers.value("transfer-encoding"), "chunked"_ba);
+        QByteArray expected;
+        for (int left = 19; left >= 0; --left)
+            expected += QByteArray(1'000'000, static_cast<char>('a' + left % 26));
+        QVERIFY(reply->body == expected);
+        client.send(requestBytes("GET", "/y"));
+        QCOMPARE(client.receive()->body, "GET /y"_ba);
+        QVERIFY(HttpClient::waitUntil([] { return MillionAtATime::alive == 0; }));
+    }
+
+    void noMoreOfSuchABodyIsMadeThanTheClientTakes()
+    {
+        HttpClient client(m_server->port());
+        client.socket().setReadBufferSize(1000);
+        MillionAtATime::taken = 0;
+        client.send(requestBytes("GET", "/pieces"));
+        QVERIFY(HttpClient::waitUntil([] { return MillionAtATime::taken > 0; }));
+        HttpClient other(m_server->port());
+        for (int i = 0; i < 100; ++i) { // others are answered meanwhile
+            other.send(requestBytes("GET", "/y"));
+            QCOMPARE(other.receive()->body, "GET /y"_ba);
+        }
+        // The system's own buffers take some.
+        QVERIFY2(MillionAtATime::taken < 15, QByteArray::number(MillionAtATime::taken));
+        client.socket().abort();
+        QVERIFY(HttpClient::waitUntil([] { return MillionAtATime::alive == 0; }));
+    }
+
+    void aBodyThatCannotBeMadeToItsEndIsCutOff()
+    {
+        HttpClient client(m_server->port());
+        client.send(requestBytes("GET", "/broken"));
+        QVERIFY(!client.receive().has_value());
+        QVERIFY(client.isClosedByPeer());
+        QVERIFY(HttpClient::waitUntil([] { return MillionAtATime::alive == 0; }));
     }
 
     void headHasNoBody()

@@ -292,7 +292,8 @@ private Q_SLOTS:
         QCOMPARE(costOf([&] {
             for (int i = 0; i < 20; ++i)
                 QVERIFY(applications.all() == first);
-        }), wanted * 20);
+        }),
+            wanted * 20);
 
         // What changes is asked for.
         const xcb_window_t window = m_client->show({ .instanceName = "xterm", .className = "XTerm" });

@@ -1,0 +1,119 @@
+#include "platform/linux/wayland/layer_cover_window.h"
+
+#include <QGuiApplication>
+
+#include <chrono>
+
+namespace orvanta {
+
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr int checksUntilReport = 5;
+
+} // namespace
+
+LayerCoverWindow::LayerCoverWindow(OverlayContentFactory& contents, std::shared_ptr<const LayerShell> shell)
+    : CoverWindow(contents)
+    , m_shell(std::move(shell))
+{
+    // Qt then makes a surface without a role (see useWayland()).
+    setFlags(Qt::Window | Qt::FramelessWindowHint | Qt::BypassWindowManagerHint);
+    m_watch.setSingleShot(true);
+    m_watch.setInterval(2s);
+    connect(&m_watch, &QTimer::timeout, this, &LayerCoverWindow::check);
+}
+
+LayerCoverWindow::~LayerCoverWindow()
+{
+    m_isWanted = false;
+    m_role.reset(); // before the surface
+}
+
+void LayerCoverWindow::prepare()
+{
+    if (!handle()) {
+        if (frame().isNull() && screen())
+            setFrame(screen()->geometry());
+        create();
+    }
+    prepareContent();
+}
+
+void LayerCoverWindow::present()
+{
+    m_isWanted = true;
+    if (m_role)
+        m_role->takeKeyboard();
+    else
+        takeRole();
+    m_checks = 0;
+    m_watch.start();
+}
+
+void LayerCoverWindow::withdraw()
+{
+    m_isWanted = false;
+    m_watch.stop();
+    if (!m_role && !isVisible())
+        return;
+    loseRole();
+    dropContent();
+    QMetaObject::invokeMethod(this, &LayerCoverWindow::prepare, Qt::QueuedConnection);
+}
+
+void LayerCoverWindow::takeRole()
+{
+    if (!handle())
+        prepare();
+    m_role = m_shell->cover(
+        *this, display(), [this] { show(); },
+        // Not at once: the role itself is calling.
+        [this] { QMetaObject::invokeMethod(this, &LayerCoverWindow::followDisplays, Qt::QueuedConnection); });
+}
+
+void LayerCoverWindow::loseRole()
+{
+    m_role.reset();
+    destroy(); // hides as well; a surface that had a role can have no other
+}
+
+/// A cover follows its display; when that is gone, so is what it covered, and the compositor moves those windows to another display:
+/// the cover goes to the primary one.
+void LayerCoverWindow::followDisplays()
+{
+    if (!m_isWanted)
+        return;
+    const QScreen* shown = display() ? display() : QGuiApplication::primaryScreen();
+    loseRole();
+    if (!shown || shown->geometry().isEmpty())
+        return;
+    setFrame(shown->geometry());
+    takeRole();
+    m_checks = 0;
+    m_watch.start();
+}
+
+void LayerCoverWindow::check()
+{
+    prepareContent(); // the next screen, should this one be presented again
+    if (!display())
+        return;
+    ++m_checks;
+    if (!isExposed() && m_checks < checksUntilReport)
+        m_watch.start();
+    else if (!isExposed())
+        qWarning("The display %s is not covered: the compositor does not show the cover", qUtf8Printable(display()->name()));
+    else if (!qobject_cast<CoverWindow*>(QGuiApplication::focusWindow()))
+        m_role->takeKeyboard();
+}
+
+LayerOverlayPanels::LayerOverlayPanels(OverlayContentFactory& contents, std::unique_ptr<LayerShell> shell)
+    : CoverPanels([&contents, shared = std::shared_ptr<const LayerShell>(std::move(shell))]() -> std::unique_ptr<CoverWindow> {
+        return std::make_unique<LayerCoverWindow>(contents, shared);
+    })
+{
+}
+
+} // namespace orvanta

@@ -1,0 +1,83 @@
+#include "platform/linux/wayland/wayland_activation_monitor.h"
+
+#include "platform/linux/wayland/wayland_running_applications.h"
+
+#include <QPointer>
+
+namespace orvanta {
+
+WaylandActivationMonitor::WaylandActivationMonitor(CompositorWindows& windows, OwnApplication own) : m_windows(windows), m_identity(std::move(own))
+{
+    m_windows.watch([this] { take(); });
+    // The desktop entries are read before the first activation has to be answered within a frame.
+    QMetaObject::invokeMethod(&m_context, [this] { m_identity.refresh(); }, Qt::QueuedConnection);
+}
+
+WaylandActivationMonitor::~WaylandActivationMonitor()
+{
+    m_windows.watch([] { });
+}
+
+Subscription WaylandActivationMonitor::observe(Callback<std::optional<QString>> activated)
+{
+    take(); // what happened before now is for those who were here before
+    return m_observers.add(
+        [since = m_places, callback = std::move(activated)](std::uint64_t place, const std::optional<QString>& identifier) mutable {
+            if (place >= since)
+                callback(identifier);
+        });
+}
+
+void WaylandActivationMonitor::take()
+{
+    WindowFeed* feed = m_windows.feed();
+    if (!feed)
+        return;
+    if (m_windows.attachment() != m_attachment)
+        attach(*feed);
+    for (const DesktopWindow& window : feed->takeActivations())
+        note(identifierOf(window));
+}
+
+/// The source is new or was away: only what is in front now, and was not before, has come to the front.
+void WaylandActivationMonitor::attach(WindowFeed& feed)
+{
+    const bool isFirst = m_attachment == 0;
+    m_attachment = m_windows.attachment();
+    static_cast<void>(feed.takeActivations());
+    const auto front = feed.front();
+    const auto identifier = front ? identifierOf(*front) : std::nullopt;
+    if (!isFirst && identifier && identifier != m_inFront)
+        note(identifier);
+    else if (identifier)
+        m_inFront = identifier;
+}
+
+void WaylandActivationMonitor::note(const std::optional<QString>& identifier)
+{
+    if (identifier)
+        m_inFront = identifier;
+    m_untold.push_back({ .place = m_places++, .identifier = identifier });
+    if (m_untold.size() == 1)
+        QMetaObject::invokeMethod(&m_context, [this] { tell(); }, Qt::QueuedConnection);
+}
+
+/// Observers may do anything, end us too: they are called from the event loop, with nothing of ours beneath them.
+void WaylandActivationMonitor::tell()
+{
+    const QPointer<QObject> alive(&m_context);
+    const std::vector<Activation> untold = std::exchange(m_untold, {});
+    for (const Activation& activation : untold) {
+        m_observers.notify(activation.place, activation.identifier);
+        if (!alive)
+            return;
+    }
+}
+
+std::optional<QString> WaylandActivationMonitor::identifierOf(const DesktopWindow& window)
+{
+    m_identity.refresh();
+    return applicationOf(m_identity, window).identifier;
+}
+
+} // namespace orvanta

@@ -1,0 +1,82 @@
+# The Wayland compositors of with-desktop, which sources this: each start_NAME leaves WAYLAND_DISPLAY and DISPLAY set.
+# shellcheck shell=bash
+
+written() { [[ -s "$1" ]]; }
+
+# sway refuses to run as root: it and what it needs to write belong to nobody.
+start_sway() {
+  local nobody=65534 own="$folder/sway"
+  mkdir -m 0700 "$own"
+  chmod 0711 "$folder"
+  chown "$nobody:$nobody" "$own"
+  cat >"$own/config" <<END
+output HEADLESS-1 resolution 1920x1080 position 0 0
+output HEADLESS-2 resolution 1280x800 position 1920 0
+workspace 1 output HEADLESS-1
+workspace 2 output HEADLESS-2
+xwayland enable
+focus_follows_mouse no
+focus_on_window_activation focus
+default_border none
+exec sh -c 'xhost +local: && echo "\$DISPLAY" >"$own/x" && echo "\$SWAYSOCK" >"$own/ipc" && echo "\$WAYLAND_DISPLAY" >"$own/wayland"'
+END
+  start compositor setpriv --reuid="$nobody" --regid="$nobody" --clear-groups env \
+    XDG_RUNTIME_DIR="$own" HOME="$own" WLR_BACKENDS=headless WLR_HEADLESS_OUTPUTS=2 WLR_LIBINPUT_NO_DEVICES=1 WLR_RENDERER=pixman \
+    DBUS_SESSION_BUS_ADDRESS=disabled: sway -c "$own/config"
+  await "sway" written "$own/wayland"
+  DISPLAY=$(<"$own/x") SWAYSOCK=$(<"$own/ipc") WAYLAND_DISPLAY="$own/$(<"$own/wayland")"
+  export DISPLAY SWAYSOCK WAYLAND_DISPLAY
+}
+
+# The packaged program carries a file capability, with which it is refused here; a copy does not.
+start_kwin() {
+  cp "$(command -v kwin_wayland)" "$folder/kwin_wayland"
+  export KWIN_WAYLAND_NO_PERMISSION_CHECKS=1 KWIN_SCREENSHOT_NO_PERMISSION_CHECKS=1
+  cat >"$XDG_CONFIG_HOME/kwinrc" <<END
+[Windows]
+FocusStealingPreventionLevel=0
+Placement=Centered
+END
+  printf '#!/bin/sh\necho "$DISPLAY" >"%s"\n' "$folder/x" >"$folder/tell-display"
+  chmod +x "$folder/tell-display"
+  start compositor env KWIN_COMPOSE=O2 LIBGL_ALWAYS_SOFTWARE=1 "$folder/kwin_wayland" --virtual --width 1920 --height 1080 --output-count 2 \
+    --xwayland --no-lockscreen --no-global-shortcuts --socket orvanta-test "$folder/tell-display"
+  await "KWin" written "$folder/x"
+  DISPLAY=$(<"$folder/x") WAYLAND_DISPLAY=orvanta-test
+  export DISPLAY WAYLAND_DISPLAY
+  kwin_answers() { gdbus call --session --dest org.kde.KWin --object-path /Scripting --method org.kde.kwin.Scripting.isScriptLoaded none; }
+  await "KWin's scripting" kwin_answers
+}
+
+# A system bus of its own, on which somebody plays logind.
+start_gnome() {
+  export DBUS_SYSTEM_BUS_ADDRESS="unix:path=$XDG_RUNTIME_DIR/system-bus"
+  start system-bus dbus-daemon --session --nofork --nopidfile --address="$DBUS_SYSTEM_BUS_ADDRESS"
+  await "the system bus" gdbus call --system --dest org.freedesktop.DBus --object-path /org/freedesktop/DBus --method org.freedesktop.DBus.GetId
+  start logind /usr/bin/python3 -m dbusmock --system --template logind
+  await "logind" gdbus wait --system --timeout 1 org.freedesktop.login1
+
+  local extensions="$XDG_DATA_HOME/gnome-shell/extensions" tests="$(dirname "${BASH_SOURCE[0]}")" enabled="'driver@orvanta.test'"
+  mkdir -p "$extensions"
+  cp -r "$tests/gnome-driver" "$extensions/driver@orvanta.test"
+  "$tests/../../../packaging/gnome-extension/make-extension" 43 "$extensions/focus@orvanta.com"
+  if [[ "$helper" == yes ]]; then enabled+=", 'focus@orvanta.com'"; fi
+  export GSETTINGS_BACKEND=keyfile
+  gsettings set org.gnome.shell enabled-extensions "[$enabled]"
+  gsettings set org.gnome.shell welcome-dialog-last-shown-version 99
+  gsettings set org.gnome.desktop.interface enable-animations false
+  start compositor env LIBGL_ALWAYS_SOFTWARE=1 gnome-shell --headless --wayland-display orvanta-test \
+    --virtual-monitor 1920x1080 --virtual-monitor 1280x800
+  export WAYLAND_DISPLAY=orvanta-test
+  x_display_named() { grep -q 'public X11 display :' "$folder/log/compositor"; }
+  await "GNOME Shell" x_display_named
+  DISPLAY=$(grep -o 'public X11 display :[0-9]*' "$folder/log/compositor" | grep -o ':[0-9]*')
+  XAUTHORITY=$(echo "$XDG_RUNTIME_DIR"/.mutter-Xwaylandauth.*)
+  export DISPLAY XAUTHORITY
+  # The shell ends XWayland when its last client has gone; a real session always has one.
+  start x-client xprop -spy -root _NET_ACTIVE_WINDOW
+  shell_is_ready() {
+    gdbus call --session --dest com.orvanta.Test.Driver --object-path /com/orvanta/Test/Driver --method com.orvanta.Test.Driver.Ready | grep -q true
+  }
+  await "GNOME's driver" shell_is_ready
+}

@@ -1,0 +1,271 @@
+"""The Wayland desktops, seen and worked from outside, each by the means that its compositor gives to tests and tools."""
+import functools
+import json
+import os
+import subprocess
+import threading
+from collections import namedtuple
+
+import gi
+
+gi.require_version("Gio", "2.0")
+from gi.repository import Gio, GLib  # noqa: E402
+from PIL import Image  # noqa: E402
+
+from .programs import scratch  # noqa: E402
+from .waiting import until  # noqa: E402
+from .wayland_wire import FakeInput  # noqa: E402
+
+# `frame` is (x, y, width, height) on the whole desktop.
+Window = namedtuple("Window", "pid title is_hidden is_active frame")
+
+
+class Desktop:
+    """What the tests ask of every compositor. Applications are named by their process."""
+
+    displays = [(0, 0, 1920, 1080), (1920, 0, 1280, 800)]
+
+    def window(self, pid):
+        """The application's first window, or None."""
+        return next((window for window in self.windows() if window.pid == pid), None)
+
+    def window_of(self, process):
+        return until(lambda: self.window(process.pid), lambda: f"{process.process.args} has a window\n{process.output}\n{self.windows()}")
+
+    def is_in_front(self, pid):
+        return any(window.pid == pid and window.is_active for window in self.windows())
+
+    def is_hidden(self, pid):
+        own = [window for window in self.windows() if window.pid == pid]
+        return bool(own) and all(window.is_hidden for window in own)
+
+    def hold_keyboard(self):
+        """Has the seat have a keyboard from now on, as every user's has."""
+
+    def pixels(self, places):
+        """The colours at those places, as (red, green, blue)."""
+        picture = self.picture()
+        return [picture.getpixel(place) for place in places]
+
+
+class Sway(Desktop):
+    def _message(self, *arguments):
+        done = subprocess.run(["swaymsg", *arguments], capture_output=True, text=True, check=False)
+        return done.stdout
+
+    def _views(self, node):
+        if node.get("pid") and not node.get("nodes"):
+            yield node
+        for child in [*node.get("nodes", []), *node.get("floating_nodes", [])]:
+            yield from self._views(child)
+
+    def windows(self):
+        found = []
+        for view in self._views(json.loads(self._message("-t", "get_tree", "--raw"))):
+            frame = view["rect"]
+            place = (frame["x"], frame["y"], frame["width"], frame["height"])
+            found.append(Window(view["pid"], view["name"], not view["visible"], view["focused"], place))
+        return found
+
+    def _command(self, pid, command):
+        assert "true" in self._message(f"[pid={pid}] {command}")
+
+    def activate(self, pid):
+        self._command(pid, "focus")
+
+    def full_screen(self, pid):
+        self._command(pid, "fullscreen enable")
+
+    def leave_nothing_in_front(self):
+        self._message("workspace 9")
+
+    def move_to_second_display(self, pid):
+        self._command(pid, "move container to output HEADLESS-2")
+
+    def hold_keyboard(self):
+        self.keyboard = subprocess.Popen(["wtype", "-s", "36000000"])
+
+    def key(self, name):
+        subprocess.run(["wtype", "-k", name], check=True)
+
+    def picture(self):
+        file = scratch("picture") / "picture.png"
+        subprocess.run(["grim", str(file)], check=True)
+        return Image.open(file).convert("RGB")
+
+
+class _Bus:
+    """Calls on the session's bus."""
+
+    def __init__(self):
+        self.bus = Gio.bus_get_sync(Gio.BusType.SESSION)
+
+    def call(self, name, path, interface, method, arguments=None, reply=None):
+        return self.bus.call_sync(name, path, interface, method, arguments, reply and GLib.VariantType(reply), Gio.DBusCallFlags.NONE, 20000, None)
+
+
+class KWin(_Bus, Desktop):
+    displays = [(0, 0, 1920, 1080), (1920, 0, 1920, 1080)]
+
+    _ANSWER = '<node><interface name="com.orvanta.Test"><method name="Answer"><arg type="s" direction="in"/></method></interface></node>'
+
+    def __init__(self):
+        super().__init__()
+        self.answer = None
+        self.scripts = 0
+        face = Gio.DBusNodeInfo.new_for_xml(self._ANSWER).interfaces[0]
+        self.bus.register_object("/com/orvanta/Test", face, self._answered, None, None)
+        self.input = None
+
+    def _answered(self, _bus, _sender, _path, _interface, _method, arguments, invocation):
+        self.answer = json.loads(arguments.unpack()[0])
+        invocation.return_value(None)
+
+    def _scripting(self, method, arguments=None):
+        return self.call("org.kde.KWin", "/Scripting", "org.kde.kwin.Scripting", method, arguments)
+
+    def run(self, script, *values):
+        """What the function body `script`, which has `windows` and `values`, returns inside KWin."""
+        self.scripts += 1
+        name = f"test_{self.scripts}"
+        file = scratch("script") / f"{name}.js"
+        file.write_text(
+            f"var values = {json.dumps(values)};\nvar windows = workspace.clientList();\n"
+            f"var result = (function () {{ {script} }})();\n"
+            f'callDBus("{self.bus.get_unique_name()}", "/com/orvanta/Test", "com.orvanta.Test", "Answer", JSON.stringify(result === undefined ? null : result));\n'
+        )
+        self.answer = _PENDING
+        self._scripting("loadScript", GLib.Variant("(ss)", (str(file), name)))
+        self._scripting("start")
+        context = GLib.MainContext.default()
+
+        def answered():
+            while context.iteration(False):
+                pass
+            return self.answer is not _PENDING
+
+        until(answered, "KWin answers a script")
+        self._scripting("unloadScript", GLib.Variant("(s)", (name,)))
+        return self.answer
+
+    def windows(self):
+        told = self.run(
+            "return windows.map(function (w) { return [w.pid, String(w.caption), w.minimized, w.active,"
+            " [w.frameGeometry.x, w.frameGeometry.y, w.frameGeometry.width, w.frameGeometry.height]]; });"
+        )
+        # A layer's surface has no title.
+        return [Window(*window[:4], tuple(round(number) for number in window[4])) for window in told if window[1]]
+
+    def _each(self, pid, statement):
+        self.run(f"windows.forEach(function (w) {{ if (w.pid === values[0] && String(w.caption)) {{ {statement} }} }});", pid)
+
+    def activate(self, pid):
+        self._each(pid, "w.minimized = false; workspace.activeClient = w;")
+
+    def full_screen(self, pid):
+        self._each(pid, "w.fullScreen = true;")
+
+    def leave_nothing_in_front(self):
+        self.run("windows.forEach(function (w) { w.minimized = true; });")
+
+    def move_to_second_display(self, pid):
+        self._each(pid, "workspace.sendClientToScreen(w, 1);")
+
+    def hold_keyboard(self):
+        self.input = FakeInput()
+
+    def key(self, name):
+        self.input.press(name)
+
+    def picture(self):
+        reading, writing = os.pipe()
+        descriptors = Gio.UnixFDList.new()
+        handle = descriptors.append(writing)
+        os.close(writing)
+        pieces = []
+
+        def read():
+            while piece := os.read(reading, 1 << 20):
+                pieces.append(piece)
+
+        reader = threading.Thread(target=read)
+        reader.start()
+        answer, _ = self.bus.call_with_unix_fd_list_sync(
+            "org.kde.KWin", "/org/kde/KWin/ScreenShot2", "org.kde.KWin.ScreenShot2", "CaptureWorkspace",
+            GLib.Variant("(a{sv}h)", ({}, handle)), None, Gio.DBusCallFlags.NONE, 20000, descriptors, None,
+        )
+        del descriptors
+        reader.join()
+        os.close(reading)
+        told = answer.unpack()[0]
+        size = (told["width"], told["height"])
+        return Image.frombuffer("RGBA", size, b"".join(pieces), "raw", "BGRA", told["stride"], 1).convert("RGB")
+
+
+class Gnome(_Bus, Desktop):
+    KEYS = {"Return": 0xFF0D, "Escape": 0xFF1B, "Shift_L": 0xFFE1}
+
+    def __init__(self):
+        super().__init__()
+        self.remote = None
+
+    def _driver(self, method, arguments=None):
+        return self.call("com.orvanta.Test.Driver", "/com/orvanta/Test/Driver", "com.orvanta.Test.Driver", method, arguments)
+
+    def hold_keyboard(self):
+        # The seat of a shell without a screen has one only while somebody works it from afar.
+        if self.remote is None:
+            name = "org.gnome.Mutter.RemoteDesktop"
+            self.remote = self.call(name, "/org/gnome/Mutter/RemoteDesktop", name, "CreateSession").unpack()[0]
+            self.call(name, self.remote, f"{name}.Session", "Start")
+            self.key("Shift_L")  # the keyboard itself comes with the first key
+
+    def windows(self):
+        told = json.loads(self._driver("Windows").unpack()[0])
+        return [
+            Window(window["pid"], window["title"], window["isHidden"], window["isActive"], tuple(window["frame"]))
+            for window in told if window["role"] != "orvanta-panel"
+        ]
+
+    def activate(self, pid):
+        self._driver("Activate", GLib.Variant("(i)", (pid,)))
+
+    def full_screen(self, pid):
+        self._driver("FullScreen", GLib.Variant("(i)", (pid,)))
+
+    def leave_nothing_in_front(self):
+        self._driver("MinimiseAll")
+
+    def move_to_second_display(self, pid):
+        self._driver("ToDisplay", GLib.Variant("(ii)", (pid, 1)))
+
+    def key(self, name):
+        for state in (True, False):
+            self.call(
+                "org.gnome.Mutter.RemoteDesktop", self.remote, "org.gnome.Mutter.RemoteDesktop.Session", "NotifyKeyboardKeysym",
+                GLib.Variant("(ub)", (self.KEYS[name], state)),
+            )
+
+    def picture(self):
+        file = scratch("picture") / "picture.png"
+        done, used = self.call(
+            "org.gnome.Shell.Screenshot", "/org/gnome/Shell/Screenshot", "org.gnome.Shell.Screenshot", "Screenshot",
+            GLib.Variant("(bbs)", (False, False, str(file))),
+        ).unpack()
+        assert done
+        return Image.open(used).convert("RGB")
+
+    def switch_extension(self, is_on):
+        self._driver("Switch", GLib.Variant("(sb)", ("focus@orvanta.com", is_on)))
+
+
+_PENDING = object()
+COMPOSITOR = os.environ.get("ORVANTA_COMPOSITOR", "")
+
+
+@functools.cache
+def desktop():
+    """The one that this test runs on."""
+    found = {"sway": Sway, "kwin": KWin, "gnome": Gnome}[COMPOSITOR]()
+    found.hold_keyboard()
+    return found

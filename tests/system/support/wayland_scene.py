@@ -1,0 +1,73 @@
+"""What the scenes on Wayland desktops have beside what every scene has."""
+import time
+
+from . import accessible
+from .covering import MIDNIGHT
+from .scene import Scene
+from .waiting import BOUND, stays, until
+from .wayland import desktop
+
+BUTTON = ("push button", "I will focus now")
+
+
+class WaylandScene(Scene):
+    @classmethod
+    def setUpClass(cls):
+        cls.desktop = desktop()
+
+    def native(self, program):
+        """A Wayland client's process, its window shown."""
+        # Without a memory of how its window was left.
+        process = self.process(program, environment={"GDK_BACKEND": "wayland", "GSETTINGS_BACKEND": "memory"})
+        self.desktop.window_of(process)
+        return process
+
+    def through_xwayland(self):
+        process = self.process("xterm", "-e", "tail", "-f", "/dev/null")
+        self.desktop.window_of(process)
+        return process
+
+    def active_focus(self, *applications, **options):
+        focus = self.focus("--focus-active", applications=applications, **options)
+        until(lambda: self.desktop.is_in_front(focus.pid), lambda: f"our window is in front: {self.desktop.windows()}\n{focus.output}")
+        accessible.wait_for(focus.pid, name="Orvanta crown")
+        return focus
+
+    def bring_to_front(self, process):
+        self.desktop.activate(process.pid)
+        until(lambda: self.desktop.is_in_front(process.pid), lambda: f"{process.process.args} is in front: {self.desktop.windows()}")
+
+    def faults(self, focus, display=0):
+        """What keeps the display from being covered by a screen with a button; nothing if all is well."""
+        found = []
+        if not accessible.find(focus.pid, *BUTTON):
+            found.append("there is no button")
+        x, y, width, height = self.desktop.displays[display]
+        right, bottom = x + width - 1, y + height - 1
+        places = [(x, y), (right, y), (x, bottom), (right, bottom), (x, y + height // 2), (right, y + height // 2), (x + width // 2, bottom)]
+        for place, colour in zip(places, self.desktop.pixels(places)):
+            if colour != MIDNIGHT:
+                found.append(f"the colour at {place} is {colour}")
+        return found
+
+    def assert_covered(self, focus, display=0):
+        until(lambda: not self.faults(focus, display), lambda: f"display {display} is covered: {self.faults(focus, display)}\n{focus.output}")
+
+    def is_uncovered(self, focus):
+        return not accessible.find(focus.pid, *BUTTON)
+
+    def assert_uncovered(self, focus):
+        until(lambda: self.is_uncovered(focus), lambda: f"the cover is gone\n{focus.output}")
+
+    def assert_stays_uncovered(self, focus):
+        stays(lambda: self.is_uncovered(focus), "no cover")
+
+    def press_return_on_cover(self, focus):
+        accessible.wait_until_active(focus.pid)  # a cover is shown a moment before it has the keyboard
+        deadline = time.monotonic() + BOUND
+        while not self.is_uncovered(focus):
+            self.assertLess(time.monotonic(), deadline, f"the cover does not answer the keyboard\n{focus.output}")
+            self.desktop.key("Return")
+            pause = time.monotonic() + 3  # a person would wonder for about so long
+            while not self.is_uncovered(focus) and time.monotonic() < pause:
+                time.sleep(0.02)

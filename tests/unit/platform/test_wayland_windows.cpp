@@ -1,0 +1,196 @@
+#include "platform/linux/wayland/wayland_activation_monitor.h"
+#include "platform/linux/wayland/wayland_idle_source.h"
+#include "platform/linux/wayland/wayland_running_applications.h"
+#include "support/contracts/activation_monitor_contract.h"
+#include "support/contracts/idle_source_contract.h"
+#include "support/contracts/running_applications_contract.h"
+
+#include <QGuiApplication>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace orvanta;
+using namespace orvanta::testing;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// This program's own windows are taken for those of other applications, by what they say of themselves.
+const OwnApplication nobody;
+
+constexpr int patience = 60'000;
+
+/// What a user does on this desktop, through the program that plays one.
+class Hands {
+public:
+    Hands()
+    {
+        m_program.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        m_program.start(u"/usr/bin/python3"_s, { QStringLiteral(WAYLAND_HANDS) });
+    }
+    ~Hands()
+    {
+        m_program.closeWriteChannel();
+        m_program.waitForFinished();
+    }
+    Hands(const Hands&) = delete;
+    Hands& operator=(const Hands&) = delete;
+
+    QByteArray tell(const QString& order)
+    {
+        m_program.write(order.toUtf8() + '\n');
+        while (!m_program.canReadLine() && m_program.waitForReadyRead(patience))
+            continue;
+        return m_program.readLine().trimmed();
+    }
+
+private:
+    QProcess m_program;
+};
+
+/// A real application, from its start to the end of this.
+class Client {
+public:
+    Client(Hands& hands, const QString& program, const QStringList& arguments, int windows) : m_hands(hands)
+    {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(u"GDK_BACKEND"_s, u"wayland"_s);
+        environment.insert(u"GSETTINGS_BACKEND"_s, u"memory"_s);
+        m_process.setProcessEnvironment(environment);
+        m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        m_process.start(program, arguments);
+        m_process.waitForStarted();
+        m_isShown = m_hands.tell(u"shown %1 %2"_s.arg(windows).arg(m_process.processId())) == "done";
+    }
+    ~Client()
+    {
+        m_process.kill();
+        m_process.waitForFinished();
+    }
+    Client(const Client&) = delete;
+    Client& operator=(const Client&) = delete;
+
+    [[nodiscard]] bool isShown() const { return m_isShown; }
+    [[nodiscard]] bool bringToFront() { return m_hands.tell(u"front %1"_s.arg(m_process.processId())) == "done"; }
+    [[nodiscard]] bool isHidden() { return m_hands.tell(u"hidden %1"_s.arg(m_process.processId())) == "yes"; }
+
+private:
+    Hands& m_hands;
+    QProcess m_process;
+    bool m_isShown = false;
+};
+
+/// An editor with two windows in one process, a calculator, both Wayland clients, and one of XWayland that says nothing of itself.
+struct Clients {
+    explicit Clients(Hands& hands)
+        : nameless(hands, u"xev"_s, {}, 1)
+        , second(hands, u"galculator"_s, {}, 1)
+        , first(hands, u"mousepad"_s, { u"--opening-mode=window"_s, folder.filePath(u"one.txt"_s), folder.filePath(u"two.txt"_s) }, 2)
+    {
+    }
+
+    [[nodiscard]] bool areShown() const { return nameless.isShown() && second.isShown() && first.isShown(); }
+
+    QTemporaryDir folder;
+    Client nameless;
+    Client second;
+    Client first;
+};
+
+} // namespace
+
+class TestWaylandActivationMonitor : public ActivationMonitorContract {
+    Q_OBJECT
+
+    Hands& m_hands;
+    std::unique_ptr<Clients> m_clients;
+    std::vector<std::unique_ptr<CompositorWindows>> m_windows; ///< one for each monitor, which it outlives
+
+    std::unique_ptr<ActivationMonitor> makeMonitor() override
+    {
+        m_windows.push_back(std::make_unique<CompositorWindows>());
+        return std::make_unique<WaylandActivationMonitor>(*m_windows.back(), nobody);
+    }
+    void bringToFront(ActivationMonitor&, Front application) override
+    {
+        Client& client = application == Front::first ? m_clients->first : application == Front::second ? m_clients->second : m_clients->nameless;
+        QVERIFY(client.bringToFront());
+    }
+    [[nodiscard]] QString identifierOf(Front application) const override
+    {
+        return application == Front::first ? u"org.xfce.mousepad.desktop"_s : u"galculator.desktop"_s;
+    }
+
+public:
+    explicit TestWaylandActivationMonitor(Hands& hands) : m_hands(hands) { }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        m_clients = std::make_unique<Clients>(m_hands);
+        QVERIFY(m_clients->areShown());
+    }
+    void cleanup() { m_windows.clear(); }
+    void cleanupTestCase() { m_clients.reset(); }
+};
+
+class TestWaylandRunningApplications : public RunningApplicationsContract {
+    Q_OBJECT
+
+    Hands& m_hands;
+    std::unique_ptr<Clients> m_clients;
+
+    Client& client(Running application)
+    {
+        return application == Running::first ? m_clients->first : application == Running::second ? m_clients->second : m_clients->nameless;
+    }
+    std::unique_ptr<RunningApplications> makeApplications() override
+    {
+        for (const Running application : { Running::nameless, Running::second, Running::first })
+            (void)client(application).bringToFront();
+        return std::make_unique<WaylandRunningApplications>(std::make_shared<CompositorWindows>(), nobody);
+    }
+    void bringToFront(RunningApplications&, Running application) override { QVERIFY(client(application).bringToFront()); }
+    void leaveNothingInFront(RunningApplications&) override { QCOMPARE(m_hands.tell(u"none"_s), QByteArray("done")); }
+    bool isHidden(RunningApplications&, Running application) override { return client(application).isHidden(); }
+    [[nodiscard]] QString identifierOf(Running application) const override
+    {
+        return application == Running::first ? u"org.xfce.mousepad.desktop"_s : u"galculator.desktop"_s;
+    }
+    [[nodiscard]] QString nameOf(Running application) const override { return application == Running::first ? u"Mousepad"_s : u"Galculator"_s; }
+
+public:
+    explicit TestWaylandRunningApplications(Hands& hands) : m_hands(hands) { }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        m_clients = std::make_unique<Clients>(m_hands);
+        QVERIFY(m_clients->areShown());
+    }
+    void cleanupTestCase() { m_clients.reset(); }
+};
+
+class TestWaylandIdleSource : public IdleSourceContract {
+    Q_OBJECT
+
+    Hands& m_hands;
+
+    std::unique_ptr<IdleSource> makeSource() override { return std::make_unique<WaylandIdleSource>(); }
+    void touch() override { QCOMPARE(m_hands.tell(u"key Shift_L"_s), QByteArray("done")); }
+
+public:
+    explicit TestWaylandIdleSource(Hands& hands) : m_hands(hands) { }
+};
+
+int main(int argc, char** argv)
+{
+    const QGuiApplication application(argc, argv);
+    Hands hands;
+    TestWaylandActivationMonitor monitor(hands);
+    TestWaylandRunningApplications applications(hands);
+    TestWaylandIdleSource idle(hands);
+    return QTest::qExec(&monitor, argc, argv) + QTest::qExec(&applications, argc, argv) + QTest::qExec(&idle, argc, argv);
+}
+#include "test_wayland_windows.moc"
