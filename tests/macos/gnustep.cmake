@@ -12,9 +12,11 @@ find_library(GNUSTEP_LIBRARY gnustep-base REQUIRED)
 find_library(BLOCKS_LIBRARY BlocksRuntime REQUIRED)
 
 add_library(gnustep INTERFACE)
-target_compile_options(gnustep INTERFACE
-  $<$<COMPILE_LANGUAGE:OBJCXX>:-fobjc-runtime=gcc -fblocks -fexceptions -fobjc-exceptions -fconstant-string-class=NSConstantString
-    -include "${CMAKE_CURRENT_SOURCE_DIR}/gnustep/include/foundation_of_mac.h">)
+set(foundation_of_mac "${CMAKE_CURRENT_SOURCE_DIR}/gnustep/include/foundation_of_mac.h")
+foreach(option -fobjc-runtime=gcc -fblocks -fexceptions -fobjc-exceptions -fconstant-string-class=NSConstantString
+    "SHELL:-include ${foundation_of_mac}")
+  target_compile_options(gnustep INTERFACE "$<$<COMPILE_LANGUAGE:OBJCXX>:${option}>")
+endforeach()
 target_compile_definitions(gnustep INTERFACE GNUSTEP GNUSTEP_BASE_LIBRARY=1 GNU_RUNTIME=1 _NATIVE_OBJC_EXCEPTIONS)
 target_include_directories(gnustep SYSTEM INTERFACE
   "${CMAKE_CURRENT_SOURCE_DIR}/gnustep/include" "${CMAKE_CURRENT_SOURCE_DIR}/declarations/frameworks" "${GNUSTEP_HEADERS}" "${OBJC_HEADERS}")

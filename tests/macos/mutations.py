@@ -96,7 +96,7 @@ MISTAKES = [
             "hop([answer, result = toResult(error)] { (*answer)(result); });", "(*answer)(toResult(error)); (void)hop;",
             "run", "test_macos_website"),
     Mistake("a main queue that is none", "main_queue.mm",
-            "dispatch_async(dispatch_get_main_queue(), ^{ (*shared)(); });", "(*shared)();", "run", "test_macos_workspace"),
+            "dispatch_async(dispatch_get_main_queue(), ^{ (*shared)(); });", "(*shared)();", "run", "test_macos_website"),
     Mistake("an answer to an owner that is gone", "intents_system_focus.mm",
             "hop([answer, status] { (*answer)(toAuthorisation(status)); });",
             "onMainQueue([answer, status] { (*answer)(toAuthorisation(status)); }); (void)hop;", "run", "test_macos_sampling"),

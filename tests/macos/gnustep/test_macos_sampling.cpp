@@ -103,7 +103,8 @@ private Q_SLOTS:
     void fiveKindsOfEventAreAskedForInThisOrder()
     {
         const auto source = makeSource();
-        for (const auto& [type, seconds] : std::vector<std::pair<unsigned int, double>> { { 5, 4.5 }, { 1, 30 }, { 3, 1e6 }, { 10, 2 }, { 22, 0.25 } })
+        for (const auto& [type, seconds] :
+            std::vector<std::pair<unsigned int, double>> { { 5, 4.5 }, { 1, 30 }, { 3, 1e6 }, { 10, 2 }, { 22, 0.25 } })
             mac::setSecondsSinceEvent(type, seconds);
         QCOMPARE(source->secondsSinceLastEvents(), std::vector<double>({ 4.5, 30, 1e6, 2, 0.25 }));
         QCOMPARE(mac::calls(),

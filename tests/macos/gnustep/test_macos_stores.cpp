@@ -58,8 +58,8 @@ private Q_SLOTS:
     {
         const auto store = makeCloudStore();
         const auto observer = store->observeExternalChanges([] { });
-        QCOMPARE(mac::calls(),
-            QStringList({ u"observe NSUbiquitousKeyValueStoreDidChangeExternallyNotification of one object on the main queue"_s }));
+        QCOMPARE(
+            mac::calls(), QStringList({ u"observe NSUbiquitousKeyValueStoreDidChangeExternallyNotification of one object on the main queue"_s }));
     }
 
     void eachTypeHasItsOwnSetter()

@@ -38,9 +38,8 @@ void takeIn()
         return;
     [values addEntriesFromDictionary:underWay];
     [underWay removeAllObjects];
-    onAnotherThread([] {
-        [[NSNotificationCenter defaultCenter] postNotificationName:NSUbiquitousKeyValueStoreDidChangeExternallyNotification object:cloud];
-    });
+    onAnotherThread(
+        [] { [[NSNotificationCenter defaultCenter] postNotificationName:NSUbiquitousKeyValueStoreDidChangeExternallyNotification object:cloud]; });
 }
 
 } // namespace

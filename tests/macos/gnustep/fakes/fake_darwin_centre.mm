@@ -39,8 +39,8 @@ void CFNotificationCenterAddObserver(CFNotificationCenterRef center, const void*
 {
     const QString text = toQString((NSString*)name);
     record(QStringLiteral("add observer of %1, object %2, behaviour %3")
-               .arg(text, object ? QStringLiteral("one") : QStringLiteral("none"))
-               .arg(static_cast<int>(suspensionBehavior)));
+            .arg(text, object ? QStringLiteral("one") : QStringLiteral("none"))
+            .arg(static_cast<int>(suspensionBehavior)));
     center->registrations.push_back({ .observer = observer, .callBack = callBack, .name = text });
 }
 

@@ -51,8 +51,8 @@ struct Observer {
     orvanta::testing::mac::stateOf<Observer>(token)
         = { .block = Block_copy(block), .isOnMainQueue = queue != nil && queue == [NSOperationQueue mainQueue] };
     orvanta::testing::mac::record(QStringLiteral("observe %1 of %2 on %3")
-                                      .arg(QString::fromUtf8([name UTF8String]), object ? QStringLiteral("one object") : QStringLiteral("anybody"),
-                                          queue ? QStringLiteral("the main queue") : QStringLiteral("any thread")));
+            .arg(QString::fromUtf8([name UTF8String]), object ? QStringLiteral("one object") : QStringLiteral("anybody"),
+                queue ? QStringLiteral("the main queue") : QStringLiteral("any thread")));
     [self addObserver:token selector:@selector(hear:) name:name object:object];
     return token;
 }

@@ -108,13 +108,13 @@ Panel& front()
 {
     self = [super init];
     record(QStringLiteral("panel %1,%2 %3x%4 style %5 backing %6 defer %7")
-               .arg(rect.origin.x)
-               .arg(rect.origin.y)
-               .arg(rect.size.width)
-               .arg(rect.size.height)
-               .arg(static_cast<int>(style))
-               .arg(static_cast<int>(backing))
-               .arg(truth(deferred)));
+            .arg(rect.origin.x)
+            .arg(rect.origin.y)
+            .arg(rect.size.width)
+            .arg(rect.size.height)
+            .arg(static_cast<int>(style))
+            .arg(static_cast<int>(backing))
+            .arg(truth(deferred)));
     stateOf<Panel>(self).frame = rect;
     return self;
 }

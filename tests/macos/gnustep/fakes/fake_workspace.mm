@@ -42,8 +42,9 @@ const ResetAtBegin resetAtBegin([] {
 
 void post(NSString* name, NSDictionary* userInfo)
 {
-    onAnotherThread(
-        [&] { [[[NSWorkspace sharedWorkspace] notificationCenter] postNotificationName:name object:[NSWorkspace sharedWorkspace] userInfo:userInfo]; });
+    onAnotherThread([&] {
+        [[[NSWorkspace sharedWorkspace] notificationCenter] postNotificationName:name object:[NSWorkspace sharedWorkspace] userInfo:userInfo];
+    });
 }
 
 NSString* text(const std::optional<QString>& value)
