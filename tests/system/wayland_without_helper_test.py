@@ -50,6 +50,28 @@ class WithoutExtension(WaylandScene):
 
         until(covered, "the editor is covered")
 
+    def test_the_extension_that_goes_and_comes_back_invents_no_activation(self):
+        editor = self.native("mousepad")
+        calculator = self.native("galculator")
+        desktop().switch_extension(True)
+        self.addCleanup(desktop().switch_extension, False)
+        focus = self.active_focus(EDITOR)
+        self.desktop.activate(editor.pid)
+        self.assert_covered(focus)
+        self.press_return_on_cover(focus)
+
+        desktop().switch_extension(False)
+        self.desktop.activate(editor.pid)
+        until(lambda: self.desktop.is_in_front(editor.pid), "the editor is in front")
+        self.assert_stays_uncovered(focus)
+        self.desktop.activate(calculator.pid)
+        until(lambda: self.desktop.is_in_front(calculator.pid), "the calculator is in front")
+
+        desktop().switch_extension(True)
+        self.assert_stays_uncovered(focus)
+        self.desktop.activate(editor.pid)
+        self.assert_covered(focus)
+
 
 if __name__ == "__main__":
     unittest.main(verbosity=2)

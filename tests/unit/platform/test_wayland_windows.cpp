@@ -7,6 +7,7 @@
 
 #include <QGuiApplication>
 #include <QProcess>
+#include <QRasterWindow>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -56,6 +57,7 @@ public:
     {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(u"GDK_BACKEND"_s, u"wayland"_s);
+        environment.insert(u"QT_QPA_PLATFORM"_s, u"wayland"_s);
         environment.insert(u"GSETTINGS_BACKEND"_s, u"memory"_s);
         m_process.setProcessEnvironment(environment);
         m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
@@ -81,16 +83,27 @@ private:
     bool m_isShown = false;
 };
 
-/// An editor with two windows in one process, a calculator, both Wayland clients, and one of XWayland that says nothing of itself.
+/// The editor's windows are in one process.
+enum class EditorWindows { one, two };
+
+/// An editor, a calculator, and this program again, which no desktop entry knows: all Wayland clients.
 struct Clients {
-    explicit Clients(Hands& hands)
-        : nameless(hands, u"xev"_s, {}, 1)
+    Clients(Hands& hands, EditorWindows windows)
+        : nameless(hands, QCoreApplication::applicationFilePath(), { u"--window"_s }, 1)
         , second(hands, u"galculator"_s, {}, 1)
-        , first(hands, u"mousepad"_s, { u"--opening-mode=window"_s, folder.filePath(u"one.txt"_s), folder.filePath(u"two.txt"_s) }, 2)
+        , first(hands, u"mousepad"_s, editorArguments(windows), windows == EditorWindows::two ? 2 : 1)
     {
     }
 
     [[nodiscard]] bool areShown() const { return nameless.isShown() && second.isShown() && first.isShown(); }
+
+    [[nodiscard]] QStringList editorArguments(EditorWindows windows) const
+    {
+        QStringList arguments { u"--opening-mode=window"_s, folder.filePath(u"one.txt"_s) };
+        if (windows == EditorWindows::two)
+            arguments << folder.filePath(u"two.txt"_s);
+        return arguments;
+    }
 
     QTemporaryDir folder;
     Client nameless;
@@ -128,7 +141,7 @@ public:
 private Q_SLOTS:
     void initTestCase()
     {
-        m_clients = std::make_unique<Clients>(m_hands);
+        m_clients = std::make_unique<Clients>(m_hands, EditorWindows::one);
         QVERIFY(m_clients->areShown());
     }
     void cleanup() { m_windows.clear(); }
@@ -166,7 +179,7 @@ public:
 private Q_SLOTS:
     void initTestCase()
     {
-        m_clients = std::make_unique<Clients>(m_hands);
+        m_clients = std::make_unique<Clients>(m_hands, EditorWindows::two);
         QVERIFY(m_clients->areShown());
     }
     void cleanupTestCase() { m_clients.reset(); }
@@ -186,7 +199,13 @@ public:
 
 int main(int argc, char** argv)
 {
-    const QGuiApplication application(argc, argv);
+    QGuiApplication application(argc, argv);
+    if (QCoreApplication::arguments().contains(u"--window"_s)) {
+        QRasterWindow window;
+        window.setTitle(u"Nameless"_s);
+        window.show();
+        return QGuiApplication::exec();
+    }
     Hands hands;
     TestWaylandActivationMonitor monitor(hands);
     TestWaylandRunningApplications applications(hands);
