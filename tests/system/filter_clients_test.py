@@ -34,15 +34,17 @@ def timed(work):
     return result
 
 
-class Filtered(unittest.TestCase):
-    @classmethod
-    def setUpClass(cls):
-        cls.network = FarNetwork()
-        cls.network.__enter__()
-        cls.addClassCleanup(cls.network.__exit__)
-        cls.network.start()
-        assert cls.network.activate() == 0
+def setUpModule():
+    """One network for all of them."""
+    network = FarNetwork()
+    network.__enter__()
+    unittest.addModuleCleanup(network.__exit__)
+    network.start()
+    assert network.activate() == 0
+    Filtered.network = network
 
+
+class Filtered(unittest.TestCase):
     def setUp(self):
         self.network.save(BLOCKED)
 
