@@ -1,6 +1,5 @@
 #include "platform/linux/x11_activation_monitor.h"
 
-#include <QPointer>
 #include <QTimer>
 
 #include <algorithm>
@@ -36,11 +35,7 @@ Subscription X11ActivationMonitor::observe(Callback<std::optional<QString>> acti
         open();
     if (m_session)
         takeEvents();
-    return m_observers.add(
-        [since = m_places, callback = std::move(activated)](std::uint64_t place, const std::optional<QString>& identifier) mutable {
-            if (place >= since)
-                callback(identifier);
-        });
+    return m_activations.observe(std::move(activated));
 }
 
 void X11ActivationMonitor::open()
@@ -143,34 +138,15 @@ void X11ActivationMonitor::consider(xcb_window_t active)
     if (m_panels.contains(active))
         return;
 
-    Activation activation { .place = m_places++, .identifier = std::nullopt };
+    std::optional<QString> identifier;
     if (active != XCB_NONE) {
         m_identity.refresh();
         const std::vector<X11Window> described = m_session->windows.describe(std::array { active });
         m_identity.forgetAllBut(described);
         if (!described.empty())
-            activation.identifier = m_identity.of(described.front()).identifier;
+            identifier = m_identity.of(described.front()).identifier;
     }
-    m_untold.push_back(std::move(activation));
-    tellLater();
-}
-
-/// Observers may do anything, end us too: they are called from the event loop, with nothing of ours beneath them.
-void X11ActivationMonitor::tellLater()
-{
-    if (m_untold.size() == 1)
-        QMetaObject::invokeMethod(&m_context, [this] { tell(); }, Qt::QueuedConnection);
-}
-
-void X11ActivationMonitor::tell()
-{
-    const QPointer<QObject> alive(&m_context);
-    const std::vector<Activation> untold = std::exchange(m_untold, {});
-    for (const Activation& activation : untold) {
-        m_observers.notify(activation.place, activation.identifier);
-        if (!alive)
-            return;
-    }
+    m_activations.add(identifier);
 }
 
 } // namespace orvanta

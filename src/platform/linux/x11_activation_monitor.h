@@ -2,17 +2,15 @@
 
 #include "platform/activation_monitor.h"
 #include "platform/linux/application_identity.h"
+#include "platform/linux/told_activations.h"
 #include "platform/linux/x11_connection.h"
 #include "platform/linux/x11_panel_windows.h"
 #include "platform/linux/x11_windows.h"
-#include "platform/portable/observers.h"
 
 #include <QObject>
 
 #include <chrono>
-#include <cstdint>
 #include <memory>
-#include <vector>
 
 namespace orvanta {
 
@@ -28,11 +26,6 @@ public:
     [[nodiscard]] Subscription observe(Callback<std::optional<QString>> activated) override;
 
 private:
-    /// An activation that is still to be told, with its place among all of them.
-    struct Activation {
-        std::uint64_t place = 0;
-        std::optional<QString> identifier;
-    };
     struct Session {
         explicit Session(std::unique_ptr<X11Connection> opened) : connection(std::move(opened)), windows(*connection, X11Windows::Memory::none) { }
 
@@ -46,14 +39,10 @@ private:
     void handle(const xcb_generic_event_t& event);
     void follow(xcb_window_t active);
     void consider(xcb_window_t active);
-    void tellLater();
-    void tell();
 
     const PanelWindows& m_panels;
     ApplicationIdentity m_identity;
-    Observers<std::uint64_t, const std::optional<QString>&> m_observers;
-    std::vector<Activation> m_untold;
-    std::uint64_t m_places = 0;
+    ToldActivations m_activations;
 
     std::unique_ptr<Session> m_session;
     xcb_window_t m_active = XCB_NONE; ///< as it was read last

@@ -2,8 +2,6 @@
 
 #include "platform/linux/wayland/wayland_running_applications.h"
 
-#include <QPointer>
-
 namespace orvanta {
 
 WaylandActivationMonitor::WaylandActivationMonitor(CompositorWindows& windows, OwnApplication own) : m_windows(windows), m_identity(std::move(own))
@@ -21,11 +19,7 @@ WaylandActivationMonitor::~WaylandActivationMonitor()
 Subscription WaylandActivationMonitor::observe(Callback<std::optional<QString>> activated)
 {
     take(); // what happened before now is for those who were here before
-    return m_observers.add(
-        [since = m_places, callback = std::move(activated)](std::uint64_t place, const std::optional<QString>& identifier) mutable {
-            if (place >= since)
-                callback(identifier);
-        });
+    return m_activations.observe(std::move(activated));
 }
 
 void WaylandActivationMonitor::take()
@@ -57,21 +51,7 @@ void WaylandActivationMonitor::note(const std::optional<QString>& identifier)
 {
     if (identifier)
         m_inFront = identifier;
-    m_untold.push_back({ .place = m_places++, .identifier = identifier });
-    if (m_untold.size() == 1)
-        QMetaObject::invokeMethod(&m_context, [this] { tell(); }, Qt::QueuedConnection);
-}
-
-/// Observers may do anything, end us too: they are called from the event loop, with nothing of ours beneath them.
-void WaylandActivationMonitor::tell()
-{
-    const QPointer<QObject> alive(&m_context);
-    const std::vector<Activation> untold = std::exchange(m_untold, {});
-    for (const Activation& activation : untold) {
-        m_observers.notify(activation.place, activation.identifier);
-        if (!alive)
-            return;
-    }
+    m_activations.add(identifier);
 }
 
 std::optional<QString> WaylandActivationMonitor::identifierOf(const DesktopWindow& window)
