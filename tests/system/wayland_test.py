@@ -77,7 +77,7 @@ class Covering(WaylandScene):
         self.press_return_on_cover(focus)
         until(lambda: self.desktop.is_hidden(editor.pid), "the editor is hidden")
 
-    def test_the_application_activated_again_beneath_its_cover_stays_covered_and_gets_no_keys(self):
+    def test_the_application_activated_again_beneath_its_cover_stays_covered_and_the_cover_answers_the_keyboard(self):
         editor = self.native("mousepad")
         focus = self.active_focus(EDITOR)
         for _ in range(3):

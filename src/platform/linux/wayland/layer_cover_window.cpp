@@ -2,6 +2,7 @@
 
 #include <QGuiApplication>
 
+#include <array>
 #include <chrono>
 
 namespace orvanta {
@@ -10,7 +11,8 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr int checksUntilReport = 5;
+/// How long after the presentation, or after the check before, it is looked whether the cover is shown and has the keyboard.
+constexpr std::array pauses { 250ms, 500ms, 1000ms, 2000ms, 3000ms, 3250ms };
 
 } // namespace
 
@@ -21,7 +23,6 @@ LayerCoverWindow::LayerCoverWindow(OverlayContentFactory& contents, std::shared_
     // Qt then makes a surface without a role (see useWayland()).
     setFlags(Qt::Window | Qt::FramelessWindowHint | Qt::BypassWindowManagerHint);
     m_watch.setSingleShot(true);
-    m_watch.setInterval(2s);
     connect(&m_watch, &QTimer::timeout, this, &LayerCoverWindow::check);
 }
 
@@ -48,8 +49,7 @@ void LayerCoverWindow::present()
         m_role->takeKeyboard();
     else
         takeRole();
-    m_checks = 0;
-    m_watch.start();
+    watch();
 }
 
 void LayerCoverWindow::withdraw()
@@ -91,22 +91,29 @@ void LayerCoverWindow::followDisplays()
         return;
     setFrame(shown->geometry());
     takeRole();
+    watch();
+}
+
+void LayerCoverWindow::watch()
+{
     m_checks = 0;
-    m_watch.start();
+    m_watch.start(pauses.front());
 }
 
 void LayerCoverWindow::check()
 {
     prepareContent(); // the next screen, should this one be presented again
-    if (!display())
+    const bool isKeyboardHere = qobject_cast<CoverWindow*>(QGuiApplication::focusWindow()) != nullptr;
+    if (!display() || (isExposed() && isKeyboardHere))
         return;
-    ++m_checks;
-    if (!isExposed() && m_checks < checksUntilReport)
-        m_watch.start();
-    else if (!isExposed())
-        qWarning("The display %s is not covered: the compositor does not show the cover", qUtf8Printable(display()->name()));
-    else if (!qobject_cast<CoverWindow*>(QGuiApplication::focusWindow()))
-        m_role->takeKeyboard();
+    if (++m_checks < pauses.size()) {
+        if (isExposed() && m_role)
+            m_role->takeKeyboard();
+        m_watch.start(pauses[m_checks]);
+        return;
+    }
+    qWarning("The display %s is not covered: %s", qUtf8Printable(display()->name()),
+        isExposed() ? "the cover does not get the keyboard" : "the compositor does not show the cover");
 }
 
 LayerOverlayPanels::LayerOverlayPanels(OverlayContentFactory& contents, std::unique_ptr<LayerShell> shell)

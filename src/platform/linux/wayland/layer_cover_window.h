@@ -6,11 +6,13 @@
 
 #include <QTimer>
 
+#include <cstddef>
+
 namespace orvanta {
 
 /// The cover where the compositor has layers for such things (KWin, and all that is built on wlroots). The compositor itself keeps
-/// it above full-screen windows, on every workspace, and gives it the keyboard, for which it is asked again if it has not.
-/// If it has not shown the cover after ten seconds, standard error says so, once a presentation.
+/// it above full-screen windows, on every workspace, and gives it the keyboard, for which it is asked again where
+/// it has not. If after ten seconds the cover is not shown, or has no keyboard, standard error says so, once a presentation.
 class LayerCoverWindow final : public CoverWindow {
     Q_OBJECT
 
@@ -29,13 +31,14 @@ protected:
 private:
     void takeRole();
     void loseRole();
+    void watch();
     void check();
 
     std::shared_ptr<const LayerShell> m_shell;
     std::unique_ptr<LayerSurface> m_role;
     bool m_isWanted = false; ///< presented and not withdrawn, also while there is no display for it
     QTimer m_watch;
-    int m_checks = 0; ///< made since the presentation
+    std::size_t m_checks = 0; ///< made since the presentation
 };
 
 /// The covers there.
