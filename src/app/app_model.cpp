@@ -4,6 +4,7 @@
 #include "app/policy/blocked_applications.h"
 #include "app/policy/focus_activation.h"
 #include "app/stored_lists.h"
+#include "platform/system_notifications.h"
 #include "website/legacy_dns_proxy_removal.h"
 
 #include <QPointer>
@@ -205,6 +206,8 @@ void AppModel::startWebsiteProtection()
     m_blockedPagePresenter.startObserving();
     // Once more: the answers to the first look may have come before anybody listened.
     m_networkProtection.refresh();
+    // What filters may end by itself, and come back: we never say that it blocks while it does not.
+    m_extensionChanges = m_dependencies.systemNotifications.observe(SystemNotifications::extensionChanged, [this] { m_networkProtection.refresh(); });
 }
 
 void AppModel::startSystemFocusMonitor()

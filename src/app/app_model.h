@@ -166,7 +166,8 @@ private:
     std::unique_ptr<ApplicationBlocker> m_applicationBlocker; ///< made at its first use
     std::unique_ptr<TrackerService> m_activityTracker;        ///< absent without an API key
     std::unique_ptr<PollingTask> m_pollingTask;               ///< absent without an API key
-    Subscription m_cloudChanges;                              ///< empty when cloud sync is off
+    Subscription m_extensionChanges;
+    Subscription m_cloudChanges; ///< empty when cloud sync is off
 };
 
 } // namespace orvanta

@@ -1,5 +1,6 @@
 """Website protection as a user meets it: the installed program, its filter, a real browser, and the service's page that says
 why a site does not load. Needs root, as the filter does, and a network namespace of its own (tests/system/CMakeLists.txt)."""
+import signal
 import unittest
 
 from support import accessible, x11
@@ -82,6 +83,14 @@ class WebsiteProtection(Scene):
         focus.write_lists(domains=["blocked.example"])
         until(lambda: not self.network.loads("http://blocked.example/"), lambda: f"the new list is blocked\n{focus.output}")
         self.assertTrue(self.network.loads("http://other.example/"))
+
+    def test_what_ends_by_itself_is_noticed_and_so_is_its_return(self):
+        focus = self.installed_focus()
+        self.activate(focus)
+        self.network.stop(signal.SIGKILL)
+        accessible.wait_for(focus.pid, "push button", "Activate website protection")
+        self.network.start(self.prefix / "libexec" / "orvanta-filterd")
+        accessible.wait_for(focus.pid, "push button", "Website protection ready")
 
     def test_without_the_filter_the_program_works_on(self):
         self.network.stop()

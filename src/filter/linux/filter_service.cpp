@@ -23,6 +23,7 @@ constexpr const char* busName = "com.orvanta.focus.OrvantaFocusDNSProxy";
 constexpr const char* objectPath = "/com/orvanta/focus/OrvantaFocusDNSProxy";
 constexpr const char* interfaceName = "com.orvanta.focus.Filter1";
 constexpr const char* blockedDomainAttempt = "com.orvanta.focus.blocked-domain-attempt";
+constexpr const char* extensionChanged = "com.orvanta.focus.extension-changed";
 
 constexpr const char* approvalNeeded = "com.orvanta.focus.Error.ApprovalNeeded";
 constexpr const char* notPermitted = "org.freedesktop.DBus.Error.AccessDenied";
@@ -359,7 +360,8 @@ void FilterService::repairRules()
     if (!std::exchange(m_mayNeedRepair, false))
         return;
     const auto repaired = m_filter.repair();
-    m_cannotRepair = !repaired;
+    if (std::exchange(m_cannotRepair, !repaired) == repaired.has_value())
+        (void)sd_bus_emit_signal(m_bus, objectPath, interfaceName, "Notification", "s", extensionChanged);
     if (!repaired) {
         std::fprintf(stderr, "orvanta-filterd: the rules are gone and cannot be put back: %s\n", repaired.error().c_str());
         m_mayNeedRepair = true; // once more, with the next check

@@ -16,11 +16,12 @@ constexpr int patience = 30'000;
 
 } // namespace
 
-void Filterd::call(
-    QObject& context, QLatin1StringView method, const QVariantList& arguments, Interaction interaction, Callback<const QDBusMessage&> answered)
+void Filterd::call(QObject& context, QLatin1StringView method, const QVariantList& arguments, Start start, Interaction interaction,
+    Callback<const QDBusMessage&> answered)
 {
     QDBusMessage message = QDBusMessage::createMethodCall(service, path, interface, method);
     message.setArguments(arguments);
+    message.setAutoStartService(start == Start::ifNeeded);
     message.setInteractiveAuthorizationAllowed(interaction == Interaction::allowed);
     const auto pending = QDBusConnection::systemBus().asyncCall(message, interaction == Interaction::allowed ? untilItIsAnswered : patience);
     auto* watcher = new QDBusPendingCallWatcher(pending, &context);

@@ -23,9 +23,14 @@ inline constexpr QLatin1StringView approvalNeeded { "com.orvanta.focus.Error.App
 /// Whether the bus may start an authentication dialog for a call, and wait for the user.
 enum class Interaction { never, allowed };
 
+/// Whether the bus may start the daemon for a call. Once it was there, whoever ended it decides when it runs again, and a mere
+/// question is no reason to start it.
+enum class Start { ifNeeded, never };
+
 /// Calls `method` and hands the answer to `answered` from the event loop, in the thread of `context`; not at all once
-/// `context` is gone. Starts the daemon if it is installed and does not run.
-void call(QObject& context, QLatin1StringView method, const QVariantList& arguments, Interaction interaction, Callback<const QDBusMessage&> answered);
+/// `context` is gone.
+void call(QObject& context, QLatin1StringView method, const QVariantList& arguments, Start start, Interaction interaction,
+    Callback<const QDBusMessage&> answered);
 
 /// True if `answer` says that there is no daemon to be had on this machine.
 [[nodiscard]] bool isAbsent(const QDBusMessage& answer);

@@ -27,12 +27,14 @@ void finishActivation(ActivationEvents& events, const QDBusMessage& answer)
 void FilterdExtensionManager::requestProperties(
     const QString& identifier, Callback<std::vector<ExtensionProperties>> found, Callback<PlatformError> failed)
 {
-    Filterd::call(m_context, "QueryProperties"_L1, { identifier }, Filterd::Interaction::never,
-        [found = std::move(found), failed = std::move(failed)](const QDBusMessage& answer) mutable {
+    const auto start = m_wasThere ? Filterd::Start::never : Filterd::Start::ifNeeded;
+    Filterd::call(m_context, "QueryProperties"_L1, { identifier }, start, Filterd::Interaction::never,
+        [this, found = std::move(found), failed = std::move(failed)](const QDBusMessage& answer) mutable {
             if (Filterd::isAbsent(answer)) {
                 found({});
                 return;
             }
+            m_wasThere = true;
             const auto* enabled = answer.arguments().isEmpty() ? nullptr : &answer.arguments().constFirst();
             if (answer.type() != QDBusMessage::ReplyMessage || !enabled || !enabled->canConvert<QDBusArgument>()) {
                 failed(Filterd::errorOf(answer));
@@ -49,15 +51,16 @@ void FilterdExtensionManager::requestProperties(
 void FilterdExtensionManager::activate(const QString& identifier, ActivationEvents events)
 {
     auto shared = std::make_shared<ActivationEvents>(std::move(events));
-    Filterd::call(m_context, "Activate"_L1, { identifier }, Filterd::Interaction::never, [this, identifier, shared](const QDBusMessage& answer) {
-        if (answer.type() != QDBusMessage::ErrorMessage || answer.errorName() != Filterd::approvalNeeded) {
-            finishActivation(*shared, answer);
-            return;
-        }
-        shared->needsUserApproval();
-        Filterd::call(m_context, "Activate"_L1, { identifier }, Filterd::Interaction::allowed,
-            [shared](const QDBusMessage& approved) { finishActivation(*shared, approved); });
-    });
+    Filterd::call(m_context, "Activate"_L1, { identifier }, Filterd::Start::ifNeeded, Filterd::Interaction::never,
+        [this, identifier, shared](const QDBusMessage& answer) {
+            if (answer.type() != QDBusMessage::ErrorMessage || answer.errorName() != Filterd::approvalNeeded) {
+                finishActivation(*shared, answer);
+                return;
+            }
+            shared->needsUserApproval();
+            Filterd::call(m_context, "Activate"_L1, { identifier }, Filterd::Start::ifNeeded, Filterd::Interaction::allowed,
+                [shared](const QDBusMessage& approved) { finishActivation(*shared, approved); });
+        });
 }
 
 QString FilterdExtensionManager::hostBundlePath()

@@ -16,7 +16,8 @@ public:
     [[nodiscard]] QString hostBundlePath() override;
 
 private:
-    QObject m_context; ///< ends what is still to be answered
+    bool m_wasThere = false; ///< the daemon has answered once
+    QObject m_context;       ///< ends what is still to be answered
 };
 
 } // namespace orvanta

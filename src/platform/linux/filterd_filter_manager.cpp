@@ -71,17 +71,20 @@ Result<FilterConfiguration> fromRecord(const QVariantMap& record)
 
 void FilterdFilterManager::load(Callback<Result<FilterConfiguration>> loaded)
 {
-    Filterd::call(m_context, "LoadPreferences"_L1, {}, Filterd::Interaction::never, [loaded = std::move(loaded)](const QDBusMessage& answer) mutable {
-        if (answer.type() != QDBusMessage::ReplyMessage || answer.signature() != "a{sv}"_L1)
-            loaded(std::unexpected(Filterd::errorOf(answer)));
-        else
-            loaded(fromRecord(mapOf(answer.arguments().constFirst())));
-    });
+    const auto start = m_wasThere ? Filterd::Start::never : Filterd::Start::ifNeeded;
+    Filterd::call(m_context, "LoadPreferences"_L1, {}, start, Filterd::Interaction::never,
+        [this, loaded = std::move(loaded)](const QDBusMessage& answer) mutable {
+            m_wasThere = m_wasThere || !Filterd::isAbsent(answer);
+            if (answer.type() != QDBusMessage::ReplyMessage || answer.signature() != "a{sv}"_L1)
+                loaded(std::unexpected(Filterd::errorOf(answer)));
+            else
+                loaded(fromRecord(mapOf(answer.arguments().constFirst())));
+        });
 }
 
 void FilterdFilterManager::save(const FilterConfiguration& configuration, Callback<Result<void>> saved)
 {
-    Filterd::call(m_context, "SavePreferences"_L1, { toRecord(configuration) }, Filterd::Interaction::never,
+    Filterd::call(m_context, "SavePreferences"_L1, { toRecord(configuration) }, Filterd::Start::ifNeeded, Filterd::Interaction::never,
         [saved = std::move(saved)](const QDBusMessage& answer) mutable {
             if (answer.type() == QDBusMessage::ReplyMessage)
                 saved({});

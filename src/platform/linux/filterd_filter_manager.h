@@ -13,7 +13,8 @@ public:
     void save(const FilterConfiguration& configuration, Callback<Result<void>> saved) override;
 
 private:
-    QObject m_context; ///< ends what is still to be answered
+    bool m_wasThere = false; ///< the daemon has answered once
+    QObject m_context;       ///< ends what is still to be answered
 };
 
 /// The preferences as they travel on the bus, and back. A record that is not of that form is an error.

@@ -27,12 +27,22 @@ void FilterdNotification::take(const QString& name)
         observers.notify();
 }
 
+FilterdNotifications::FilterdNotifications() : m_daemon(Filterd::service, QDBusConnection::systemBus(), QDBusServiceWatcher::WatchForOwnerChange)
+{
+    QObject::connect(&m_daemon, &QDBusServiceWatcher::serviceOwnerChanged, &m_daemon, [this] { named(extensionChanged).observers.notify(); });
+}
+
 Subscription FilterdNotifications::observe(const QString& name, Callback<> delivered)
+{
+    return named(name).observers.add(std::move(delivered));
+}
+
+FilterdNotification& FilterdNotifications::named(const QString& name)
 {
     auto& notification = m_notifications[name];
     if (!notification)
         notification = std::make_unique<FilterdNotification>(name);
-    return notification->observers.add(std::move(delivered));
+    return *notification;
 }
 
 } // namespace orvanta

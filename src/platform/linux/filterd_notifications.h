@@ -3,6 +3,7 @@
 #include "platform/portable/observers.h"
 #include "platform/system_notifications.h"
 
+#include <QDBusServiceWatcher>
 #include <QObject>
 
 #include <map>
@@ -28,12 +29,17 @@ private:
     QString m_name;
 };
 
-/// The notifications that orvanta-filterd posts.
+/// The notifications that orvanta-filterd posts. That it has come or gone it cannot post itself: the bus says so.
 class FilterdNotifications : public SystemNotifications {
 public:
+    FilterdNotifications();
+
     [[nodiscard]] Subscription observe(const QString& name, Callback<> delivered) override;
 
 private:
+    FilterdNotification& named(const QString& name);
+
+    QDBusServiceWatcher m_daemon;
     std::map<QString, std::unique_ptr<FilterdNotification>> m_notifications;
 };
 

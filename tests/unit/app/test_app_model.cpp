@@ -170,9 +170,10 @@ private Q_SLOTS:
                 extensionAsked, u"filter.load"_s, u"dnsProxy.load"_s, u"defaults.value blockedDomains"_s, u"cloud.synchronise"_s,
                 u"cloud.value blockedDomains"_s, u"defaults.value blockedApplications"_s, u"cloud.value blockedApplications"_s,
                 u"activations.observe"_s, u"notifications.observe com.orvanta.focus.blocked-domain-attempt"_s, extensionAsked, u"filter.load"_s,
-                u"defaults.setValue blockedDomains [a.example]"_s, u"defaults.setValue blockedApplications "_s + applications,
-                u"cloud.setValue blockedApplications "_s + applications, u"cloud.setValue blockedDomains [a.example]"_s, u"cloud.synchronise"_s,
-                u"cloud.observeExternalChanges"_s, u"systemFocus.requestNotificationPermission"_s,
+                u"notifications.observe com.orvanta.focus.extension-changed"_s, u"defaults.setValue blockedDomains [a.example]"_s,
+                u"defaults.setValue blockedApplications "_s + applications, u"cloud.setValue blockedApplications "_s + applications,
+                u"cloud.setValue blockedDomains [a.example]"_s, u"cloud.synchronise"_s, u"cloud.observeExternalChanges"_s,
+                u"systemFocus.requestNotificationPermission"_s,
                 readKey, // the tracker's
                 readKey, // the polling's
             }));
@@ -661,6 +662,27 @@ private Q_SLOTS:
             QStringList({ u"defaults.setValue blockedDomains [far.example]"_s, u"defaults.setValue blockedApplications []"_s, u"filter.load"_s }));
         house.settle();
         QCOMPARE(house.log.take(), QStringList({ u"filter.save disabled [far.example]"_s }));
+    }
+
+    void whatFiltersMayEndByItselfAndComeBack()
+    {
+        House house;
+        house.start({ u"--focus-active"_s });
+        house.settle();
+        house.findInstalled();
+        house.settle();
+        house.model->addDomain(u"news.example"_s);
+        house.settle();
+        QVERIFY(house.model->websiteBlockingActive());
+        house.notifications.post(u"com.orvanta.focus.extension-changed"_s);
+        house.extension.find({});
+        QCoreApplication::processEvents();
+        QCOMPARE(house.model->websiteProtectionTitle(), u"Activate website protection"_s);
+        house.settle();
+        house.notifications.post(u"com.orvanta.focus.extension-changed"_s);
+        house.findInstalled();
+        house.settle();
+        QVERIFY(house.model->websiteBlockingActive());
     }
 
     void aRefusedWebsiteOpensTheServicesPage()

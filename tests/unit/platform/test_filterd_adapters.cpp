@@ -105,6 +105,15 @@ class TestFilterdNotifications : public SystemNotificationsContract {
     }
 
 private Q_SLOTS:
+    void thatTheDaemonCameOrWentIsDelivered()
+    {
+        FilterdNotifications notifications;
+        int delivered = 0;
+        const auto observer = notifications.observe(SystemNotifications::extensionChanged, [&] { ++delivered; });
+        have("fresh");
+        QVERIFY(comesTrue([] {}, [&] { return delivered > 0; }));
+    }
+
     void whatOthersSendIsNotDelivered()
     {
         FilterdNotifications notifications;
