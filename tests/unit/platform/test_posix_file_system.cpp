@@ -74,13 +74,16 @@ private Q_SLOTS:
         QVERIFY(writeInPlace(path, "theirs 0"));
         std::atomic<int> written = 0;
         // It saves as editors do, by renaming, again and again. We replace only what we have seen, and say in the new content
-        // what that was.
+        // what that was. Now and then it rests for as long as we need for one whole attempt, which then has to succeed.
         std::atomic<bool> isDone = false;
-        std::jthread other([&] {
+        std::atomic<int> attempts = 0;
+        std::jthread other([&](const std::stop_token& stop) {
             for (int number = 1; number <= 3000; ++number) {
                 if (!replaceByRename(path, "theirs " + QByteArray::number(number)))
                     break;
                 written = number;
+                for (const int before = attempts; number % 500 == 0 && attempts < before + 2 && !stop.stop_requested();)
+                    std::this_thread::yield();
             }
             isDone = true;
         });
@@ -92,6 +95,7 @@ private Q_SLOTS:
             QVERIFY2(result.has_value(), result ? "" : qUtf8Printable(result.error().description));
             if (*result == FileSystem::Replacement::replaced)
                 ++replaced;
+            ++attempts;
         }
         other.join();
         // The last that the other wrote is there, or stands in what replaced it.
