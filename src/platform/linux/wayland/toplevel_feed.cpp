@@ -82,7 +82,7 @@ struct ToplevelFeed::Listeners {
     static void outputName(void* data, wl_output* /*output*/, const char* name) { static_cast<Output*>(data)->name = QString::fromUtf8(name); }
     static void description(void*, wl_output*, const char*) { }
 
-    static constexpr zwlr_foreign_toplevel_manager_v1_listener manager { .toplevel = &toplevel, .finished = &finished };
+    static constexpr zwlr_foreign_toplevel_manager_v1_listener managerListener { .toplevel = &toplevel, .finished = &finished };
     static constexpr zwlr_foreign_toplevel_handle_v1_listener handleListener { .title = &title,
         .app_id = &appId,
         .output_enter = &outputEnter,
@@ -91,7 +91,7 @@ struct ToplevelFeed::Listeners {
         .done = &done,
         .closed = &closed,
         .parent = &parent };
-    static constexpr wl_output_listener output {
+    static constexpr wl_output_listener outputListener {
         .geometry = &geometry, .mode = &mode, .done = &outputDone, .scale = &scale, .name = &outputName, .description = &description
     };
 };
@@ -103,7 +103,7 @@ ToplevelFeed::ToplevelFeed(WaylandDisplay& display)
     if (!m_manager)
         return;
     followOutputs();
-    zwlr_foreign_toplevel_manager_v1_add_listener(m_manager, &Listeners::manager, this);
+    zwlr_foreign_toplevel_manager_v1_add_listener(m_manager, &Listeners::managerListener, this);
     // The manager's answer names the windows, whose own words follow.
     m_isSettled = m_display.roundTrip() && m_display.roundTrip();
 }
@@ -142,7 +142,7 @@ void ToplevelFeed::followOutputs()
         auto added = std::make_unique<Output>();
         added->global = global.name;
         added->output = static_cast<wl_output*>(m_display.bindGlobal(global, wl_output_interface, knownOutput));
-        wl_output_add_listener(added->output, &Listeners::output, added.get());
+        wl_output_add_listener(added->output, &Listeners::outputListener, added.get());
         m_outputs.push_back(std::move(added));
     }
 }
