@@ -99,13 +99,14 @@ class Network:
             process.wait()
             if process.stdout:
                 process.stdout.close()
-        until(lambda: not Path("/sys/class/net/cable").exists() or self._cut(), "the cable is gone")
+        until(self._is_cut, "the cable is gone")
         self.folder.cleanup()
 
     @staticmethod
-    def _cut():
-        """The cable goes with the other machine, but only some time after it."""
-        return subprocess.run(["ip", "link", "delete", "cable"], capture_output=True).returncode == 0
+    def _is_cut():
+        """The cable goes with the other machine, but only some time after it. /sys shows another network than ours, so ip is asked."""
+        subprocess.run(["ip", "link", "delete", "cable"], capture_output=True)
+        return subprocess.run(["ip", "link", "show", "cable"], capture_output=True).returncode != 0
 
     def _start(self, *command, **options):
         process = subprocess.Popen(command, **options)
