@@ -25,7 +25,7 @@ extern "C" void wakeOnSignal(int)
 
 EndSignals::EndSignals()
 {
-    static OpenFile wakeUp; // a signal may come at any time until the process has ended
+    static Descriptor wakeUp; // a signal may come at any time until the process has ended
     if (!makeWakePipe(m_wakes, wakeUp))
         return; // the signals keep their usual meaning
     wakeUpDescriptor = wakeUp.number();

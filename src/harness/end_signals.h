@@ -1,6 +1,6 @@
 #pragma once
 
-#include "harness/open_file.h"
+#include "platform/descriptor.h"
 
 #include <QObject>
 #include <QSocketNotifier>
@@ -20,7 +20,7 @@ Q_SIGNALS:
     void asked();
 
 private:
-    OpenFile m_wakes;
+    Descriptor m_wakes;
     std::unique_ptr<QSocketNotifier> m_notifier;
 };
 

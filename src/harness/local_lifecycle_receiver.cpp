@@ -33,7 +33,7 @@ constexpr int acceptedAtOnce = 64;
 
 class Connection {
 public:
-    explicit Connection(OpenFile file) : m_file(std::move(file)) { }
+    explicit Connection(Descriptor file) : m_file(std::move(file)) { }
 
     [[nodiscard]] int descriptor() const { return m_file.number(); }
     [[nodiscard]] std::size_t memory() const { return m_request.memory(); }
@@ -94,7 +94,7 @@ private:
         return m_drained < lifecycleRequestLimit ? Outcome::staysOpen : Outcome::isOver;
     }
 
-    OpenFile m_file;
+    Descriptor m_file;
     LifecycleConnection m_request;
     std::size_t m_drained = 0;
     bool m_isAnswered = false;
@@ -105,7 +105,7 @@ private:
 /// The listening socket and the thread that serves it.
 class LocalLifecycleReceiver::Listener {
 public:
-    Listener(OpenFile socket, OpenFile wakes, OpenFile wakeUp, const OnEvent& onEvent)
+    Listener(Descriptor socket, Descriptor wakes, Descriptor wakeUp, const OnEvent& onEvent)
         : m_socket(std::move(socket))
         , m_wakes(std::move(wakes))
         , m_wakeUp(std::move(wakeUp))
@@ -120,7 +120,7 @@ public:
     ~Listener()
     {
         // The thread polls the other end, whose closing it sees.
-        m_wakeUp = OpenFile();
+        m_wakeUp = Descriptor();
         m_thread->wait();
     }
 
@@ -165,7 +165,7 @@ private:
     bool acceptSome()
     {
         for (int count = 0; count < acceptedAtOnce; ++count) {
-            OpenFile file;
+            Descriptor file;
             switch (acceptConnection(m_socket, file)) {
             case AcceptOutcome::nobodyWaits:
                 return true;
@@ -200,9 +200,9 @@ private:
         }
     }
 
-    OpenFile m_socket;
-    OpenFile m_wakes;
-    OpenFile m_wakeUp;
+    Descriptor m_socket;
+    Descriptor m_wakes;
+    Descriptor m_wakeUp;
     const OnEvent& m_onEvent;
     std::vector<char> m_scratch;
     std::deque<Connection> m_connections; ///< the oldest first; the thread's alone
@@ -217,9 +217,9 @@ void LocalLifecycleReceiver::start()
 {
     if (m_listener)
         return;
-    OpenFile socket = listenOnLoopback(m_port);
-    OpenFile wakes;
-    OpenFile wakeUp;
+    Descriptor socket = listenOnLoopback(m_port);
+    Descriptor wakes;
+    Descriptor wakeUp;
     if (!socket || !makeWakePipe(wakes, wakeUp))
         return;
     m_listener = std::make_unique<Listener>(std::move(socket), std::move(wakes), std::move(wakeUp), m_onEvent);

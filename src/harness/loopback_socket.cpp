@@ -14,12 +14,12 @@ namespace orvanta {
 
 namespace {
 
-bool prepare(const OpenFile& file)
+bool prepare(const Descriptor& file)
 {
     return ::fcntl(file.number(), F_SETFD, FD_CLOEXEC) == 0 && ::fcntl(file.number(), F_SETFL, O_NONBLOCK) == 0;
 }
 
-bool somebodyWaits(const OpenFile& listener)
+bool somebodyWaits(const Descriptor& listener)
 {
     pollfd polled { listener.number(), POLLIN, 0 };
     return ::poll(&polled, 1, 0) > 0;
@@ -27,9 +27,9 @@ bool somebodyWaits(const OpenFile& listener)
 
 } // namespace
 
-OpenFile listenOnLoopback(std::uint16_t port)
+Descriptor listenOnLoopback(std::uint16_t port)
 {
-    OpenFile listener(::socket(AF_INET, SOCK_STREAM, 0));
+    Descriptor listener(::socket(AF_INET, SOCK_STREAM, 0));
     if (!listener || !prepare(listener))
         return {};
     // Connections that we closed linger in the kernel for a minute and must not keep a new start from the port; a listener
@@ -46,7 +46,7 @@ OpenFile listenOnLoopback(std::uint16_t port)
     return listener;
 }
 
-std::uint16_t portOf(const OpenFile& listener)
+std::uint16_t portOf(const Descriptor& listener)
 {
     sockaddr_in address {};
     socklen_t length = sizeof address;
@@ -55,13 +55,13 @@ std::uint16_t portOf(const OpenFile& listener)
     return ntohs(address.sin_port);
 }
 
-AcceptOutcome acceptConnection(const OpenFile& listener, OpenFile& connection)
+AcceptOutcome acceptConnection(const Descriptor& listener, Descriptor& connection)
 {
     while (true) {
 #ifdef SOCK_CLOEXEC
-        connection = OpenFile(::accept4(listener.number(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+        connection = Descriptor(::accept4(listener.number(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
 #else
-        connection = OpenFile(::accept(listener.number(), nullptr, nullptr));
+        connection = Descriptor(::accept(listener.number(), nullptr, nullptr));
         if (connection && !prepare(connection))
             continue;
 #endif
@@ -81,7 +81,7 @@ AcceptOutcome acceptConnection(const OpenFile& listener, OpenFile& connection)
     }
 }
 
-ReceiveOutcome receiveSome(const OpenFile& connection, std::span<char> room, std::size_t& count)
+ReceiveOutcome receiveSome(const Descriptor& connection, std::span<char> room, std::size_t& count)
 {
     count = 0;
     ssize_t result = 0;
@@ -95,7 +95,7 @@ ReceiveOutcome receiveSome(const OpenFile& connection, std::span<char> room, std
     return result < 0 && (errno == EAGAIN || errno == EWOULDBLOCK) ? ReceiveOutcome::nothingYet : ReceiveOutcome::ended;
 }
 
-void sendLast(const OpenFile& connection, std::string_view text)
+void sendLast(const Descriptor& connection, std::string_view text)
 {
 #ifdef MSG_NOSIGNAL
     constexpr int flags = MSG_NOSIGNAL;
@@ -106,13 +106,13 @@ void sendLast(const OpenFile& connection, std::string_view text)
     std::ignore = ::send(connection.number(), text.data(), text.size(), flags);
 }
 
-bool makeWakePipe(OpenFile& wakes, OpenFile& wakeUp)
+bool makeWakePipe(Descriptor& wakes, Descriptor& wakeUp)
 {
     std::array<int, 2> ends {};
     if (::pipe(ends.data()) != 0)
         return false;
-    wakes = OpenFile(ends[0]);
-    wakeUp = OpenFile(ends[1]);
+    wakes = Descriptor(ends[0]);
+    wakeUp = Descriptor(ends[1]);
     return prepare(wakes) && prepare(wakeUp);
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "harness/open_file.h"
+#include "platform/descriptor.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -12,25 +12,25 @@ namespace orvanta {
 // TCP on 127.0.0.1 and nowhere else, as the receiver uses it. Nothing here blocks.
 
 /// A socket that listens on `port` of 127.0.0.1, or on any free port for 0; empty if it cannot be had.
-[[nodiscard]] OpenFile listenOnLoopback(std::uint16_t port);
+[[nodiscard]] Descriptor listenOnLoopback(std::uint16_t port);
 
 /// The port that a listening socket has.
-[[nodiscard]] std::uint16_t portOf(const OpenFile& listener);
+[[nodiscard]] std::uint16_t portOf(const Descriptor& listener);
 
 enum class AcceptOutcome : std::uint8_t { accepted, nobodyWaits, noDescriptors };
 
 /// Takes the next connection that waits into `connection`.
-[[nodiscard]] AcceptOutcome acceptConnection(const OpenFile& listener, OpenFile& connection);
+[[nodiscard]] AcceptOutcome acceptConnection(const Descriptor& listener, Descriptor& connection);
 
 enum class ReceiveOutcome : std::uint8_t { received, nothingYet, ended };
 
 /// Reads what has come, at most `room` bytes, and sets `count`.
-[[nodiscard]] ReceiveOutcome receiveSome(const OpenFile& connection, std::span<char> room, std::size_t& count);
+[[nodiscard]] ReceiveOutcome receiveSome(const Descriptor& connection, std::span<char> room, std::size_t& count);
 
 /// Sends a text that is far smaller than any socket's buffer, as the last thing that is said.
-void sendLast(const OpenFile& connection, std::string_view text);
+void sendLast(const Descriptor& connection, std::string_view text);
 
 /// Two connected ends: a byte that is written to the second wakes whoever polls the first.
-[[nodiscard]] bool makeWakePipe(OpenFile& wakes, OpenFile& wakeUp);
+[[nodiscard]] bool makeWakePipe(Descriptor& wakes, Descriptor& wakeUp);
 
 } // namespace orvanta

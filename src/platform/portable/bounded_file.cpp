@@ -1,35 +1,17 @@
 #include "platform/portable/bounded_file.h"
 
+#include "platform/descriptor.h"
+
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace orvanta {
 
-namespace {
-
-class Descriptor {
-public:
-    explicit Descriptor(int descriptor) : m_descriptor(descriptor) { }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor()
-    {
-        if (m_descriptor >= 0)
-            ::close(m_descriptor);
-    }
-    [[nodiscard]] int get() const { return m_descriptor; }
-
-private:
-    int m_descriptor;
-};
-
-} // namespace
-
 std::expected<std::string_view, BoundedFileError> readBoundedFile(const char* path, std::size_t limit, std::vector<char>& buffer, int folder)
 {
     const Descriptor file(::openat(folder, path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     struct stat status {};
-    if (file.get() < 0 || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))
+    if (!file || ::fstat(file.number(), &status) != 0 || !S_ISREG(status.st_mode))
         return std::unexpected(BoundedFileError::unreadable);
     const auto capacity = static_cast<std::size_t>(status.st_size);
     if (capacity > limit)
@@ -39,7 +21,7 @@ std::expected<std::string_view, BoundedFileError> readBoundedFile(const char* pa
         buffer.resize(capacity);
     std::size_t size = 0;
     while (size < capacity) {
-        const ssize_t got = ::read(file.get(), buffer.data() + size, capacity - size);
+        const ssize_t got = ::read(file.number(), buffer.data() + size, capacity - size);
         if (got < 0)
             return std::unexpected(BoundedFileError::unreadable);
         if (got == 0)

@@ -1,6 +1,7 @@
 #include "platform/portable/durable_file.h"
 
-#include "platform/portable/descriptor.h"
+#include "platform/descriptor.h"
+#include "platform/portable/system_error.h"
 
 #include <QCoreApplication>
 #include <QCryptographicHash>
@@ -13,7 +14,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <tuple>
 #include <utility>
 
@@ -26,16 +26,6 @@ namespace orvanta {
 using namespace Qt::StringLiterals;
 
 namespace {
-
-QString systemError(int error = errno)
-{
-    return QString::fromLocal8Bit(std::strerror(error));
-}
-
-std::unexpected<PlatformError> failure(const QString& description)
-{
-    return std::unexpected(PlatformError { description });
-}
 
 QString folderOf(const QString& path)
 {
@@ -52,7 +42,7 @@ Result<void> syncFolder(const QString& path)
 {
     const Descriptor folder(::open(QFile::encodeName(path).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     // A folder may be writable without being readable; its entry then reaches the disk in the system's own time.
-    if (!folder.isOpen())
+    if (!folder)
         return errno == EACCES ? Result<void>() : failure(systemError());
     return isOnDisk(folder) ? Result<void>() : failure(systemError());
 }
@@ -85,7 +75,7 @@ Result<void> prepare(const QByteArray& name, const QByteArray& content, mode_t m
     // Made anew and never opened: a link or a pipe that stands under this name is not written through.
     ::unlink(name.constData());
     Descriptor file(::open(name.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
-    if (!file.isOpen())
+    if (!file)
         return failure(systemError());
     // On a file system without permissions of its own this fails, and is no reason not to save.
     if (mode != 0600)
@@ -102,7 +92,7 @@ Result<void> prepare(const QByteArray& name, const QByteArray& content, mode_t m
 Result<std::optional<QByteArray>> readWholeFile(const QString& path, qsizetype limit)
 {
     const Descriptor file(::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-    if (!file.isOpen()) {
+    if (!file) {
         if (errno == ENOENT || errno == ENOTDIR)
             return std::nullopt;
         return failure(QCoreApplication::translate("StoredFile", "cannot be read (%1)").arg(systemError()));

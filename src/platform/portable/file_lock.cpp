@@ -1,11 +1,12 @@
 #include "platform/portable/file_lock.h"
 
+#include "platform/portable/system_error.h"
+
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QFile>
 
 #include <cerrno>
-#include <cstring>
 #include <thread>
 #include <utility>
 
@@ -25,7 +26,7 @@ Result<FileLock> FileLock::acquire(const QString& path, std::chrono::millisecond
     if (descriptor < 0)
         descriptor = ::open(name.constData(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
     if (descriptor < 0)
-        return std::unexpected(PlatformError { u"%1: %2"_s.arg(path, QString::fromLocal8Bit(std::strerror(reason))) });
+        return failure(u"%1: %2"_s.arg(path, systemError(reason)));
 
     FileLock lock(descriptor);
     const QDeadlineTimer deadline(patience);

@@ -1,8 +1,9 @@
 #include "platform/portable/posix_file_system.h"
 
-#include "platform/portable/descriptor.h"
+#include "platform/descriptor.h"
 #include "platform/portable/durable_file.h"
 #include "platform/portable/exchange_files.h"
+#include "platform/portable/system_error.h"
 
 #include <QDir>
 #include <QFile>
@@ -12,7 +13,6 @@
 #include <array>
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
 #include <tuple>
 #include <utility>
@@ -31,16 +31,6 @@ using Replacement = FileSystem::Replacement;
 
 /// Far above what any configuration needs.
 constexpr qsizetype largestFile = 64LL * 1024 * 1024;
-
-QString systemError(int error = errno)
-{
-    return QString::fromLocal8Bit(std::strerror(error));
-}
-
-std::unexpected<PlatformError> failure(const QString& description)
-{
-    return std::unexpected(PlatformError { description });
-}
 
 std::unexpected<PlatformError> cannotBeWritten(int error = errno)
 {
@@ -66,7 +56,7 @@ public:
         const qsizetype slash = target.lastIndexOf('/') + 1;
         QByteArray name = target.first(slash) + '.' + target.sliced(slash) + ".XXXXXX";
         Descriptor file(::mkstemp(name.data()));
-        if (!file.isOpen())
+        if (!file)
             return cannotBeWritten();
         PreparedFile prepared(name);
         ::fcntl(file.number(), F_SETFD, FD_CLOEXEC);
@@ -112,7 +102,7 @@ void syncFolderOf(const QByteArray& target)
 {
     const Descriptor folder(::open(target.first(target.lastIndexOf('/') + 1).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     // Where this fails the name reaches the disk in the system's own time; either content is whole.
-    if (folder.isOpen())
+    if (folder)
         std::ignore = ::fsync(folder.number());
 }
 
@@ -220,7 +210,7 @@ Result<void> PosixFileSystem::readPieces(const QString& path, qsizetype limit, c
     if (!S_ISREG(facts.st_mode))
         return failure(u"is not a regular file"_s);
     const Descriptor file(::open(name.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-    if (!file.isOpen() || ::fstat(file.number(), &facts) != 0)
+    if (!file || ::fstat(file.number(), &facts) != 0)
         return unreadable();
     if (!S_ISREG(facts.st_mode))
         return failure(u"is not a regular file"_s);

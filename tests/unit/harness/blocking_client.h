@@ -1,6 +1,6 @@
 #pragma once
 
-#include "harness/open_file.h"
+#include "platform/descriptor.h"
 
 #include <QByteArray>
 
@@ -57,7 +57,7 @@ public:
     }
 
 private:
-    orvanta::OpenFile m_socket;
+    orvanta::Descriptor m_socket;
     bool m_isConnected = false;
 };
 

@@ -174,7 +174,7 @@ private Q_SLOTS:
     void onlyTheLoopbackAddressIsBound()
     {
         Received received;
-        OpenFile socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+        Descriptor socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
         sockaddr_in address {};
         address.sin_family = AF_INET;
         address.sin_port = htons(received.port());
@@ -225,13 +225,13 @@ private Q_SLOTS:
         Received received;
         rlimit before {};
         ::getrlimit(RLIMIT_NOFILE, &before);
-        std::vector<OpenFile> used;
+        std::vector<Descriptor> used;
         const rlimit tight { 256, before.rlim_max };
         ::setrlimit(RLIMIT_NOFILE, &tight);
         BlockingClient waiting(received.port());                       // held by the receiver, which can give it up for another
         QCOMPARE(exchanged(received.port(), hookPost("w")), accepted); // who came later has been served, so it is held by now
         while (true) {
-            OpenFile file(::dup(0));
+            Descriptor file(::dup(0));
             if (!file)
                 break;
             used.push_back(std::move(file));
