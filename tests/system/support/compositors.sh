@@ -24,8 +24,9 @@ END
     XDG_RUNTIME_DIR="$own" HOME="$own" WLR_BACKENDS=headless WLR_HEADLESS_OUTPUTS=2 WLR_LIBINPUT_NO_DEVICES=1 WLR_RENDERER=pixman \
     DBUS_SESSION_BUS_ADDRESS=disabled: sway -c "$own/config"
   await "sway" written "$own/wayland"
-  DISPLAY=$(<"$own/x") SWAYSOCK=$(<"$own/ipc") WAYLAND_DISPLAY="$own/$(<"$own/wayland")"
-  export DISPLAY SWAYSOCK WAYLAND_DISPLAY
+  DISPLAY=$(<"$own/x") ORVANTA_SWAY=$(<"$own/ipc") WAYLAND_DISPLAY="$own/$(<"$own/wayland")"
+  export DISPLAY ORVANTA_SWAY WAYLAND_DISPLAY
+  if [[ "$helper" == yes ]]; then export SWAYSOCK="$ORVANTA_SWAY"; fi
 }
 
 # The packaged program carries a file capability, with which it is refused here; a copy does not.
@@ -44,8 +45,24 @@ END
   await "KWin" written "$folder/x"
   DISPLAY=$(<"$folder/x") WAYLAND_DISPLAY=orvanta-test
   export DISPLAY WAYLAND_DISPLAY
+  if [[ "$helper" == no ]]; then
+    await "KWin's name" gdbus wait --session --timeout 1 org.kde.KWin
+    return
+  fi
   kwin_answers() { gdbus call --session --dest org.kde.KWin --object-path /Scripting --method org.kde.kwin.Scripting.isScriptLoaded none; }
   await "KWin's scripting" kwin_answers
+}
+
+# It has neither layers nor anything by which applications are seen, and no seat.
+start_weston() {
+  start compositor weston --backend=headless-backend.so --use-pixman --width=1920 --height=1080 --socket=orvanta-test --idle-time=0 \
+    --no-config --xwayland
+  x_display_named() { grep -q 'xserver listening on display' "$folder/log/compositor"; }
+  await "weston" x_display_named
+  DISPLAY=$(grep -o 'xserver listening on display :[0-9]*' "$folder/log/compositor" | grep -o ':[0-9]*')
+  WAYLAND_DISPLAY=orvanta-test
+  export DISPLAY WAYLAND_DISPLAY
+  await "the X server" xdpyinfo
 }
 
 # A system bus of its own, on which somebody plays logind.
@@ -59,7 +76,11 @@ start_gnome() {
   local extensions="$XDG_DATA_HOME/gnome-shell/extensions" tests="$(dirname "${BASH_SOURCE[0]}")" enabled="'driver@orvanta.test'"
   mkdir -p "$extensions"
   cp -r "$tests/gnome-driver" "$extensions/driver@orvanta.test"
-  "$tests/../../../packaging/gnome-extension/make-extension" 43 "$extensions/focus@orvanta.com"
+  # Ours as a system has it: both forms, of which the shell's own is where it looks.
+  local packaging="$tests/../../../packaging/gnome-extension" share="$folder/share" form
+  for form in 43 45; do "$packaging/make-extension" "$form" "$share/orvanta-focus/gnome-extension/$form"; done
+  "$packaging/choose-form" "$(gnome-shell --version | tr -cd 0-9.)" "$share"
+  export XDG_DATA_DIRS="$share:$XDG_DATA_DIRS"
   if [[ "$helper" == yes ]]; then enabled+=", 'focus@orvanta.com'"; fi
   export GSETTINGS_BACKEND=keyfile
   gsettings set org.gnome.shell enabled-extensions "[$enabled]"
