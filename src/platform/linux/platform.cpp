@@ -73,7 +73,7 @@ Result<void> preparePlatform()
     const SessionTraits session = findSessionTraits();
     switch (coverManner(session, chosen)) {
     case CoverManner::layerSurface:
-        useWaylandWindows();
+        useWaylandWindows(session);
         return {};
     case CoverManner::x11Window:
         qputenv("QT_QPA_PLATFORM", chosen.isEmpty() ? "xcb" : chosen.toUtf8());
@@ -84,7 +84,7 @@ Result<void> preparePlatform()
     // Qt would abort where there is nothing to show a window on; asked first, we can say it.
     if (!session.isWayland || !session.hasQtForWayland || chosen.startsWith(QStringLiteral("xcb")))
         return std::unexpected(PlatformError { session.xServerProblem });
-    useWaylandWindows(); // without covers, but all the rest
+    useWaylandWindows(session); // without covers, but all the rest
     return {};
 }
 

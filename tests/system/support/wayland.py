@@ -50,7 +50,7 @@ class Desktop:
 
 class Sway(Desktop):
     def _message(self, *arguments):
-        done = subprocess.run(["swaymsg", *arguments], capture_output=True, text=True, check=False)
+        done = subprocess.run(["swaymsg", "--socket", os.environ["ORVANTA_SWAY"], *arguments], capture_output=True, text=True, check=False)
         return done.stdout
 
     def _views(self, node):

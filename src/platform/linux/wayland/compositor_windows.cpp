@@ -5,8 +5,12 @@
 #include "platform/linux/wayland/sway_feed.h"
 #include "platform/linux/wayland/toplevel_feed.h"
 
+#include <algorithm>
+
 namespace orvanta {
 
+using std::chrono::ceil;
+using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
 namespace {
@@ -98,6 +102,8 @@ WindowFeed* CompositorWindows::feed()
     offer(m_toplevels, WindowSource::foreignToplevel);
     if (used != m_used && used)
         ++m_attachment;
+    if (const auto next = m_kwin ? m_kwin->nextTry() : std::nullopt; next && m_later && !m_later->isActive())
+        m_later->start(std::max(ceil<milliseconds>(*next - steady_clock::now()), milliseconds(0)));
     m_used = used;
     if (std::exchange(m_source, source) != source && m_later)
         QMetaObject::invokeMethod(
