@@ -82,6 +82,10 @@ class Sway(Desktop):
     def move_to_second_display(self, pid):
         self._command(pid, "move container to output HEADLESS-2")
 
+    def connect_displays(self, count):
+        for place, name in enumerate(("HEADLESS-1", "HEADLESS-2")):
+            assert "true" in self._message("output", name, "enable" if place < count else "disable")
+
     def hold_keyboard(self):
         self.keyboard = subprocess.Popen(["wtype", "-s", "36000000"])
 

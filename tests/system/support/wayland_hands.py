@@ -5,6 +5,9 @@
   hidden PID   "yes" if none of its windows is on screen, otherwise "no"
   none         leaves nothing in front
   key NAME     presses the key
+  second PID   moves the application to the second display
+  displays N   leaves the first N displays connected, on sway
+  colours X Y… the colours at these places of the whole desktop, as "red,green,blue"
 """
 import sys
 from pathlib import Path
@@ -21,6 +24,15 @@ def obey(hands, verb, *words):
         hands.key(words[0])
     elif verb == "hidden":
         return "yes" if hands.is_hidden(int(words[0])) else "no"
+    elif verb == "second":
+        pid = int(words[0])
+        hands.move_to_second_display(pid)
+        until(lambda: hands.window(pid).frame[0] >= hands.displays[1][0], lambda: f"{pid} is on the second display: {hands.windows()}")
+    elif verb == "displays":
+        hands.connect_displays(int(words[0]))
+    elif verb == "colours":
+        numbers = list(map(int, words))
+        return " ".join(",".join(map(str, colour)) for colour in hands.pixels(list(zip(numbers[::2], numbers[1::2]))))
     elif verb == "shown":
         count, pid = map(int, words)
         until(lambda: sum(window.pid == pid for window in hands.windows()) == count, lambda: f"{count} windows: {hands.windows()}")
