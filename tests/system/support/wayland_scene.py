@@ -42,13 +42,34 @@ class WaylandScene(Scene):
         found = []
         if not accessible.find(focus.pid, *BUTTON):
             found.append("there is no button")
-        x, y, width, height = self.desktop.displays[display]
+        found += self.colour_faults(self.desktop.displays[display])
+        return found
+
+    def assert_covered_alone(self, focus, display):
+        """The display is the only one that is on, whatever its scale, and is covered to the last pixel of every edge. What glows in the
+        middle is left out."""
+
+        def faults():
+            picture = self.desktop.picture()
+            width, height = size = self.desktop.displays[display][2:]
+            if picture.size != size:
+                return f"the picture is {picture.size} instead of {size}"
+            edges = {"left": (0, 0, 1, height), "right": (width - 1, 0, width, height)}
+            for side, x in (("left", 0), ("right", width - width // 4)):
+                for edge, y in (("top", 0), ("bottom", height - 1)):
+                    edges[f"{edge} {side}"] = (x, y, x + width // 4, y + 1)
+            found = {name: picture.crop(edge).getcolors(height + width) for name, edge in edges.items()}
+            wrong = {name: colours for name, colours in found.items() if {colour for _, colour in colours} != {MIDNIGHT}}
+            return wrong or (None if accessible.find(focus.pid, *BUTTON) else "there is no button")
+
+        until(lambda: not faults(), lambda: f"display {display} is covered: {faults()}\n{focus.output}")
+
+    def colour_faults(self, frame):
+        """Where the edge of that part of the picture is not the cover's."""
+        x, y, width, height = frame
         right, bottom = x + width - 1, y + height - 1
         places = [(x, y), (right, y), (x, bottom), (right, bottom), (x, y + height // 2), (right, y + height // 2), (x + width // 2, bottom)]
-        for place, colour in zip(places, self.desktop.pixels(places)):
-            if colour != MIDNIGHT:
-                found.append(f"the colour at {place} is {colour}")
-        return found
+        return [f"the colour at {place} is {colour}" for place, colour in zip(places, self.desktop.pixels(places)) if colour != MIDNIGHT]
 
     def assert_covered(self, focus, display=0):
         until(lambda: not self.faults(focus, display), lambda: f"display {display} is covered: {self.faults(focus, display)}\n{focus.output}")
