@@ -32,6 +32,12 @@ void CoverWindow::setFrame(const QRect& frame)
     setGeometry(frame);
 }
 
+void CoverWindow::moveTo(const QRect& frame)
+{
+    setFrame(frame);
+    followDisplays();
+}
+
 void CoverWindow::setContent(std::optional<Callback<>> acknowledge)
 {
     dropContent();

@@ -99,6 +99,13 @@ class Sway(Desktop):
     def move_to_second_display(self, pid):
         self._command(pid, f"move container to output {self.outputs[1]}")
 
+    def reload(self):
+        assert '"success": true' in self._message("reload")
+
+    def chatter(self):
+        """Gives whoever listens to what becomes of windows much to hear."""
+        self._message("; ".join(f"mark --replace {word}" for word in ("one", "two") * 1000))
+
     def hold_keyboard(self):
         self.keyboard = subprocess.Popen(["wtype", "-s", "36000000"])
 
@@ -244,6 +251,12 @@ class KWin(_Bus, Desktop):
         self.outputs = self.outputs or Outputs()
         self.outputs.arrange(scales)
 
+    def unload_script(self, name):
+        return self._scripting("unloadScript", GLib.Variant("(s)", (name,))).unpack()[0]
+
+    def reconfigure(self):
+        self.call("org.kde.KWin", "/KWin", "org.kde.KWin", "reconfigure")
+
     def hold_keyboard(self):
         self.input = FakeInput()
 
@@ -352,6 +365,13 @@ class Gnome(_Bus, Desktop):
         ).unpack()
         assert done
         return Image.open(used).convert("RGB")
+
+    def has_extension(self):
+        name = GLib.Variant("(s)", ("com.orvanta.Focus.Desktop",))
+        return self.call("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "NameHasOwner", name).unpack()[0]
+
+    def lock(self, is_locked):
+        self._driver("Lock", GLib.Variant("(b)", (is_locked,)))
 
     def switch_extension(self, is_on):
         self._driver("Switch", GLib.Variant("(sb)", ("focus@orvanta.com", is_on)))

@@ -15,10 +15,10 @@ class WaylandScene(Scene):
     def setUpClass(cls):
         cls.desktop = desktop()
 
-    def native(self, program):
+    def native(self, program, *arguments):
         """A Wayland client's process, its window shown."""
         # Without a memory of how its window was left.
-        process = self.process(program, environment={"GDK_BACKEND": "wayland", "GSETTINGS_BACKEND": "memory"})
+        process = self.process(program, *arguments, environment={"GDK_BACKEND": "wayland", "GSETTINGS_BACKEND": "memory"})
         self.desktop.window_of(process)
         return process
 
@@ -73,6 +73,11 @@ class WaylandScene(Scene):
 
     def assert_covered(self, focus, display=0):
         until(lambda: not self.faults(focus, display), lambda: f"display {display} is covered: {self.faults(focus, display)}\n{focus.output}")
+
+    def assert_stays_covered(self, focus, display=0):
+        self.assert_covered(focus, display)
+        frame = self.desktop.displays[display]
+        stays(lambda: not self.colour_faults(frame), lambda: f"display {display} stays covered: {self.colour_faults(frame)}")
 
     def is_uncovered(self, focus):
         return not accessible.find(focus.pid, *BUTTON)

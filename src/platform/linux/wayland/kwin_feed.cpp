@@ -14,6 +14,7 @@
 namespace orvanta {
 
 using namespace Qt::StringLiterals;
+using std::chrono::steady_clock;
 
 namespace {
 
@@ -102,11 +103,25 @@ void KWinFeed::exportObject()
 
 void KWinFeed::update()
 {
-    if (m_kwin.owner() == m_attachedTo)
+    if (m_kwin.owner() == m_attachedTo && !isUnloaded())
         return;
     detach();
     if (!m_kwin.owner().empty())
         attach();
+}
+
+bool KWinFeed::isUnloaded()
+{
+    if (!m_hasTold || steady_clock::now() < m_nextLook)
+        return false;
+    m_nextLook = steady_clock::now() + untilNextLook;
+    const QByteArray plugin = m_objectPath.split('/').last();
+    const Variant reply = m_kwin.bus().ask(
+        scripting(m_attachedTo, "isScriptLoaded", "(b)"), g_variant_new("(s)", plugin.constData()), BusHelper::soon());
+    gboolean isLoaded = TRUE; // a KWin that does not answer has other cares
+    if (reply)
+        g_variant_get(reply.get(), "(b)", &isLoaded);
+    return !isLoaded;
 }
 
 void KWinFeed::attach()
@@ -115,6 +130,7 @@ void KWinFeed::attach()
     if (!connection || m_object == 0)
         return;
     m_attachedTo = m_kwin.owner();
+    m_nextLook = steady_clock::now() + untilNextLook;
     const char* service = g_dbus_connection_get_unique_name(connection);
     if (!load(kwinWindowsScript(service, m_objectPath), m_objectPath.split('/').last()))
         qWarning("KWin takes no script from us; applications cannot be watched.");
@@ -186,8 +202,13 @@ void KWinFeed::take(const std::string& method, const QJsonObject& told)
     if (isPanel)
         return;
     m_front = front.isEmpty() ? std::nullopt : std::optional(front["handle"_L1].toString());
-    if (method == "Activated" && !front.isEmpty() && m_hasTold)
+    if (method == "Activated" && !front.isEmpty() && m_hasTold) {
         m_activations.push_back(read(front));
+        // It may have been moved since all were told.
+        const auto known = std::ranges::find(m_windows, m_activations.back().handle, &DesktopWindow::handle);
+        if (known != m_windows.end())
+            *known = m_activations.back();
+    }
 }
 
 DesktopWindow KWinFeed::read(const QJsonObject& told)

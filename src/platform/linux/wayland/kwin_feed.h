@@ -7,6 +7,7 @@
 #include <QHash>
 #include <QTemporaryDir>
 
+#include <chrono>
 #include <functional>
 
 class QJsonObject;
@@ -17,6 +18,9 @@ namespace orvanta {
 /// be installed. The script goes with the feed, and is loaded anew into a KWin that was started again.
 class KWinFeed final : public WindowFeed {
 public:
+    /// How long update() takes the script for loaded before it asks again: one that somebody unloads says nothing of it.
+    static constexpr std::chrono::seconds untilNextLook { 5 };
+
     /// `bus` outlives the feed and is dispatched by its owner.
     explicit KWinFeed(BoundedBus& bus);
     ~KWinFeed() override;
@@ -33,6 +37,7 @@ private:
         GVariant* arguments, GDBusMethodInvocation* invocation, gpointer feed);
 
     void exportObject();
+    [[nodiscard]] bool isUnloaded();
     void attach();
     void detach();
     [[nodiscard]] bool load(const QByteArray& script, const QByteArray& plugin);
@@ -45,6 +50,7 @@ private:
     QByteArray m_objectPath; ///< of ours, where the script calls
     guint m_object = 0;
     std::string m_attachedTo; ///< the unique name of the KWin that has the script; empty if none has
+    std::chrono::steady_clock::time_point m_nextLook;
     bool m_hasTold = false;
     bool m_isHidingDone = false;
 

@@ -20,7 +20,9 @@ const INTERFACE = `
 
 // A new window is known before it is shown, and takes the focus when it is.
 function windows() {
-    return global.get_window_actors().filter(actor => actor.visible || actor.meta_window.minimized).map(actor => actor.meta_window);
+    const isElsewhere = window => !window.located_on_workspace(global.workspace_manager.get_active_workspace());
+    return global.get_window_actors().filter(actor => actor.visible || actor.meta_window.minimized || isElsewhere(actor.meta_window))
+        .map(actor => actor.meta_window);
 }
 
 class Driver {
@@ -80,11 +82,12 @@ class Driver {
         return global.workspace_manager.get_active_workspace_index();
     }
 
-    // As far as extensions see it: locking takes a display manager, which a shell without a screen has not.
+    // What locking does to extensions. All of it takes a display manager, which a shell without a screen has not.
     Lock(isLocked) {
-        if (isLocked)
+        const wasLocked = Main.sessionMode.currentMode === 'unlock-dialog';
+        if (isLocked && !wasLocked)
             Main.sessionMode.pushMode('unlock-dialog');
-        else
+        else if (!isLocked && wasLocked)
             Main.sessionMode.popMode('unlock-dialog');
     }
 
