@@ -39,17 +39,17 @@ class WaylandScene(Scene):
 
     def faults(self, focus, display=0):
         """What keeps the display from being covered by a screen with a button; nothing if all is well."""
-        found = []
         if not accessible.find(focus.pid, *BUTTON):
-            found.append("there is no button")
-        found += self.colour_faults(self.desktop.displays[display])
-        return found
+            return ["there is no button"]
+        return self.colour_faults(self.desktop.displays[display])
 
     def assert_covered_alone(self, focus, display):
         """The display is the only one that is on, whatever its scale, and is covered to the last pixel of every edge. What glows in the
         middle is left out."""
 
         def faults():
+            if not accessible.find(focus.pid, *BUTTON):
+                return "there is no button"
             picture = self.desktop.picture()
             width, height = size = self.desktop.displays[display][2:]
             if picture.size != size:
@@ -59,8 +59,7 @@ class WaylandScene(Scene):
                 for edge, y in (("top", 0), ("bottom", height - 1)):
                     edges[f"{edge} {side}"] = (x, y, x + width // 4, y + 1)
             found = {name: picture.crop(edge).getcolors(height + width) for name, edge in edges.items()}
-            wrong = {name: colours for name, colours in found.items() if {colour for _, colour in colours} != {MIDNIGHT}}
-            return wrong or (None if accessible.find(focus.pid, *BUTTON) else "there is no button")
+            return {name: colours for name, colours in found.items() if {colour for _, colour in colours} != {MIDNIGHT}}
 
         until(lambda: not faults(), lambda: f"display {display} is covered: {faults()}\n{focus.output}")
 
