@@ -4,16 +4,17 @@
 written() { [[ -s "$1" ]]; }
 
 # sway refuses to run as root: it and what it needs to write belong to nobody.
-start_sway() {
-  local nobody=65534 own="$folder/sway"
+run_sway() { # DISPLAY-NAMES VARIABLE…
+  local nobody=65534 own="$folder/sway" names=$1
+  shift
   mkdir -m 0700 "$own"
   chmod 0711 "$folder"
   chown "$nobody:$nobody" "$own"
   cat >"$own/config" <<END
-output HEADLESS-1 resolution 1920x1080 position 0 0
-output HEADLESS-2 resolution 1280x800 position 1920 0
-workspace 1 output HEADLESS-1
-workspace 2 output HEADLESS-2
+output $names-1 resolution 1920x1080 position 0 0
+output $names-2 resolution 1280x800 position 1920 0
+workspace 1 output $names-1
+workspace 2 output $names-2
 xwayland enable
 focus_follows_mouse no
 focus_on_window_activation focus
@@ -21,12 +22,25 @@ default_border none
 exec sh -c 'xhost +local: && echo "\$DISPLAY" >"$own/x" && echo "\$SWAYSOCK" >"$own/ipc" && echo "\$WAYLAND_DISPLAY" >"$own/wayland"'
 END
   start compositor setpriv --reuid="$nobody" --regid="$nobody" --clear-groups env \
-    XDG_RUNTIME_DIR="$own" HOME="$own" WLR_BACKENDS=headless WLR_HEADLESS_OUTPUTS=2 WLR_LIBINPUT_NO_DEVICES=1 WLR_RENDERER=pixman \
-    DBUS_SESSION_BUS_ADDRESS=disabled: sway -c "$own/config"
+    XDG_RUNTIME_DIR="$own" HOME="$own" WLR_LIBINPUT_NO_DEVICES=1 WLR_RENDERER=pixman DBUS_SESSION_BUS_ADDRESS=disabled: "$@" sway -c "$own/config"
   await "sway" written "$own/wayland"
   DISPLAY=$(<"$own/x") ORVANTA_SWAY=$(<"$own/ipc") WAYLAND_DISPLAY="$own/$(<"$own/wayland")"
   export DISPLAY ORVANTA_SWAY WAYLAND_DISPLAY
   if [[ "$helper" == yes ]]; then export SWAYSOCK="$ORVANTA_SWAY"; fi
+}
+
+start_sway() {
+  run_sway HEADLESS WLR_BACKENDS=headless WLR_HEADLESS_OUTPUTS=2
+}
+
+# Its displays are windows of an X server, for one of headless displays cannot be switched off. Closing a window takes the display away.
+start_sway-in-x() {
+  start_x_server
+  xhost +local: >>"$folder/log/server"
+  # sway asks for these names only if somebody has used them before.
+  xprop -root -f WM_PROTOCOLS 32a -set WM_PROTOCOLS WM_DELETE_WINDOW
+  export ORVANTA_OUTER_DISPLAY=$DISPLAY
+  run_sway X11 WLR_BACKENDS=x11 WLR_X11_OUTPUTS=2
 }
 
 # The packaged program carries a file capability, with which it is refused here; a copy does not.

@@ -6,7 +6,7 @@
   none         leaves nothing in front
   key NAME     presses the key
   second PID   moves the application to the second display
-  displays N   leaves the first N displays connected, on sway
+  displays N   leaves the first N displays connected
   colours X Y… the colours at these places of the whole desktop, as "red,green,blue"
 """
 import sys
@@ -29,7 +29,7 @@ def obey(hands, verb, *words):
         hands.move_to_second_display(pid)
         until(lambda: hands.window(pid).frame[0] >= hands.displays[1][0], lambda: f"{pid} is on the second display: {hands.windows()}")
     elif verb == "displays":
-        hands.connect_displays(int(words[0]))
+        hands.arrange(*(1.0 if place < int(words[0]) else None for place in range(2)))
     elif verb == "colours":
         numbers = list(map(int, words))
         return " ".join(",".join(map(str, colour)) for colour in hands.pixels(list(zip(numbers[::2], numbers[1::2]))))

@@ -107,7 +107,7 @@ void KWinFeed::exportObject()
 
 void KWinFeed::update()
 {
-    if (m_kwin.owner() != m_attachedTo) {
+    if (m_kwin.owner() != m_attachedTo || isUnloaded()) {
         detach();
         if (!m_kwin.owner().empty())
             attach();
@@ -121,6 +121,20 @@ std::optional<steady_clock::time_point> KWinFeed::nextTry() const
     return m_attachedTo.empty() || m_runsScript ? std::nullopt : std::optional(m_nextTry);
 }
 
+bool KWinFeed::isUnloaded()
+{
+    if (!m_hasTold || steady_clock::now() < m_nextLook)
+        return false;
+    m_nextLook = steady_clock::now() + untilNextLook;
+    const QByteArray plugin = m_objectPath.split('/').last();
+    const Variant reply = m_kwin.bus().ask(
+        scripting(m_attachedTo, "isScriptLoaded", "(b)"), g_variant_new("(s)", plugin.constData()), BusHelper::soon());
+    gboolean isLoaded = TRUE; // a KWin that does not answer has other cares
+    if (reply)
+        g_variant_get(reply.get(), "(b)", &isLoaded);
+    return !isLoaded;
+}
+
 void KWinFeed::attach()
 {
     GDBusConnection* connection = m_kwin.bus().connection(BusHelper::soon());
@@ -128,6 +142,7 @@ void KWinFeed::attach()
         return;
     const bool isFirst = m_attachedTo.empty();
     m_attachedTo = m_kwin.owner();
+    m_nextLook = steady_clock::now() + untilNextLook;
     const char* service = g_dbus_connection_get_unique_name(connection);
     const QByteArray plugin = m_objectPath.split('/').last();
     if (!isFirst)
@@ -208,8 +223,13 @@ void KWinFeed::take(const std::string& method, const QJsonObject& told)
     if (isPanel)
         return;
     m_front = front.isEmpty() ? std::nullopt : std::optional(front["handle"_L1].toString());
-    if (method == "Activated" && !front.isEmpty() && m_hasTold)
+    if (method == "Activated" && !front.isEmpty() && m_hasTold) {
         m_activations.push_back(read(front));
+        // It may have been moved since all were told.
+        const auto known = std::ranges::find(m_windows, m_activations.back().handle, &DesktopWindow::handle);
+        if (known != m_windows.end())
+            *known = m_activations.back();
+    }
 }
 
 DesktopWindow KWinFeed::read(const QJsonObject& told)

@@ -19,6 +19,9 @@ namespace orvanta {
 /// again, ever more seldom.
 class KWinFeed final : public WindowFeed {
 public:
+    /// How long update() takes the script for loaded before it asks again: one that somebody unloads says nothing of it.
+    static constexpr std::chrono::seconds untilNextLook { 5 };
+
     /// `bus` outlives the feed and is dispatched by its owner.
     explicit KWinFeed(BoundedBus& bus);
     ~KWinFeed() override;
@@ -36,6 +39,7 @@ private:
         GVariant* arguments, GDBusMethodInvocation* invocation, gpointer feed);
 
     void exportObject();
+    [[nodiscard]] bool isUnloaded();
     void attach();
     void detach();
     [[nodiscard]] bool load(const QByteArray& script, const QByteArray& plugin);
@@ -51,6 +55,7 @@ private:
     bool m_runsScript = false; ///< it has taken it
     std::chrono::steady_clock::time_point m_nextTry; ///< of asking it, where it has not
     std::chrono::seconds m_pause { 0 };              ///< before that
+    std::chrono::steady_clock::time_point m_nextLook;
     bool m_hasTold = false;
     bool m_isHidingDone = false;
 
