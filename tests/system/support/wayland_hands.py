@@ -20,6 +20,7 @@ from support.waiting import until  # noqa: E402
 def obey(hands, verb, *words):
     if verb == "none":
         hands.leave_nothing_in_front()
+        until(lambda: not any(window.is_active for window in hands.windows()), lambda: f"nothing is in front: {hands.windows()}")
     elif verb == "key":
         hands.key(words[0])
     elif verb == "hidden":
@@ -32,7 +33,7 @@ def obey(hands, verb, *words):
         hands.arrange(*(1.0 if place < int(words[0]) else None for place in range(2)))
     elif verb == "colours":
         numbers = list(map(int, words))
-        return " ".join(",".join(map(str, colour)) for colour in hands.pixels(list(zip(numbers[::2], numbers[1::2]))))
+        return " ".join(",".join(map(str, colour)) for colour in hands.spots(list(zip(numbers[::2], numbers[1::2]))))
     elif verb == "shown":
         count, pid = map(int, words)
         until(lambda: sum(window.pid == pid for window in hands.windows()) == count, lambda: f"{count} windows: {hands.windows()}")
