@@ -54,7 +54,9 @@ private:
 {
     constexpr int patience = 15'000;
     QProcess gsettings;
-    gsettings.start(QStringLiteral("gsettings"), { QStringLiteral("set"), QStringLiteral("org.gnome.desktop.notifications"), QStringLiteral("show-banners"), areShown ? QStringLiteral("true") : QStringLiteral("false") });
+    gsettings.start(QStringLiteral("gsettings"),
+        { QStringLiteral("set"), QStringLiteral("org.gnome.desktop.notifications"), QStringLiteral("show-banners"),
+            areShown ? QStringLiteral("true") : QStringLiteral("false") });
     return gsettings.waitForFinished(patience) && gsettings.exitCode() == 0;
 }
 

@@ -104,7 +104,8 @@ QStringList whatIsMissing(const DesktopFindings& found)
         if (found.isGnomeShell)
             missing << u"Orvanta Focus cannot see which application is in front. Install its GNOME extension, then log out and in."_s;
         else if (found.isKWin)
-            missing << u"Orvanta Focus cannot see which application is in front: KWin takes no script from it. Start it from within Plasma, or log out and in."_s;
+            missing
+                << u"Orvanta Focus cannot see which application is in front: KWin takes no script from it. Start it from within Plasma, or log out and in."_s;
         else
             missing << u"Application blocking is not available here; website blocking works."_s;
     }

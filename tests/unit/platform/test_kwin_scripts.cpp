@@ -135,8 +135,8 @@ private Q_SLOTS:
         const QJsonObject all = told(calls.first(), u"Windows"_s);
         QCOMPARE(handles(all), QStringList({ u"{editor}"_s, u"{terminal}"_s }));
         const QJsonObject editor { { u"handle"_s, u"{editor}"_s }, { u"desktopFile"_s, u"org.example.Editor"_s }, { u"className"_s, u"editor"_s },
-            { u"instance"_s, u"editor-instance"_s }, { u"role"_s, QString() }, { u"pid"_s, 7 }, { u"isHidden"_s, false }, { u"skipsTaskbar"_s, false },
-            { u"isUntitled"_s, false }, { u"x"_s, 10 }, { u"y"_s, 20 }, { u"width"_s, 301 }, { u"height"_s, 200 } };
+            { u"instance"_s, u"editor-instance"_s }, { u"role"_s, QString() }, { u"pid"_s, 7 }, { u"isHidden"_s, false },
+            { u"skipsTaskbar"_s, false }, { u"isUntitled"_s, false }, { u"x"_s, 10 }, { u"y"_s, 20 }, { u"width"_s, 301 }, { u"height"_s, 200 } };
         QCOMPARE(all["front"_L1].toObject(), editor);
         QCOMPARE(all["windows"_L1].toArray().first().toObject(), editor);
         QCOMPARE(all["windows"_L1][1]["desktopFile"_L1], QJsonValue(QString()));

@@ -51,8 +51,8 @@ private:
     QTemporaryDir m_scripts;
     QByteArray m_objectPath; ///< of ours, where the script calls
     guint m_object = 0;
-    std::string m_attachedTo; ///< the unique name of the KWin that has been asked to run the script; empty if there is none
-    bool m_runsScript = false; ///< it has taken it
+    std::string m_attachedTo;                        ///< the unique name of the KWin that has been asked to run the script; empty if there is none
+    bool m_runsScript = false;                       ///< it has taken it
     std::chrono::steady_clock::time_point m_nextTry; ///< of asking it, where it has not
     std::chrono::seconds m_pause { 0 };              ///< before that
     std::chrono::steady_clock::time_point m_nextLook;
