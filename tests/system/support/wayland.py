@@ -61,6 +61,7 @@ class Desktop:
 class Sway(Desktop):
     def __init__(self):
         self.outputs = ["HEADLESS-1", "HEADLESS-2"]  # in the order of `displays`
+        self.last_workspace = 20
 
     def _message(self, *arguments):
         done = subprocess.run(["swaymsg", "--socket", os.environ["ORVANTA_SWAY"], *arguments], capture_output=True, text=True, check=False)
@@ -90,7 +91,8 @@ class Sway(Desktop):
         self._command(pid, "fullscreen enable")
 
     def leave_nothing_in_front(self):
-        self._message("workspace 9")
+        self.last_workspace += 1  # what has been left before may be where windows were opened since
+        self._message(f"workspace {self.last_workspace}")
 
     def go_to_workspace(self, number):
         """The second one is empty until something is opened there."""
