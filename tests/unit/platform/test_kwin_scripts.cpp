@@ -32,6 +32,7 @@ function open(id, desktopFile, properties) {
         internalId: { toString: function () { return '{' + id + '}'; } }, desktopFileName: desktopFile, resourceClass: id, resourceName: id + '-instance',
         windowRole: '', caption: 'A title', pid: 7, skipTaskbar: false, specialWindow: false, frameGeometry: { x: 10.4, y: 20, width: 300.6, height: 200 }
     };
+    window.displayChanged = window[isPlasma6 ? 'outputChanged' : 'screenChanged'] = new Signal();
     var minimised = window[isPlasma6 ? 'minimizedChanged' : 'clientMinimized'] = new Signal();
     Object.defineProperty(window, 'minimized', {
         get: function () { return isMinimised; },
@@ -171,8 +172,8 @@ private Q_SLOTS:
         }
     }
 
-    void whatOpensClosesAndIsMinimisedIsTold_data() { generations(); }
-    void whatOpensClosesAndIsMinimisedIsTold()
+    void whatOpensClosesMovesAndIsMinimisedIsTold_data() { generations(); }
+    void whatOpensClosesMovesAndIsMinimisedIsTold()
     {
         QFETCH(const bool, isPlasma6);
         PlayedKWin kwin(isPlasma6);
@@ -190,6 +191,10 @@ private Q_SLOTS:
             all = told(kwin.takeCalls().last(), u"Windows"_s);
             QVERIFY(all["windows"_L1][window == QByteArray("late") ? 2 : 1]["isHidden"_L1].toBool());
         }
+
+        kwin.run("editor.frameGeometry.x = 2000; editor.displayChanged.tell(editor);");
+        all = told(kwin.takeCalls().last(), u"Windows"_s);
+        QCOMPARE(all["windows"_L1][0]["x"_L1].toInt(), 2000);
 
         kwin.run("close(terminal);");
         QCOMPARE(handles(told(kwin.takeCalls().last(), u"Windows"_s)), QStringList({ u"{editor}"_s, u"{late}"_s }));
