@@ -1,4 +1,5 @@
 """The Debian package, made of this build, installed into a folder and removed from it."""
+import json
 import os
 import subprocess
 import tempfile
@@ -57,6 +58,62 @@ class Package(unittest.TestCase):
         self.assertEqual(self.files(), {"var/lib/orvanta-focus/state"})
         self.dpkg("--purge", "orvanta-focus")
         self.assertEqual(self.files(), set())
+
+    def stand_in(self, name, version, files=(), provides=()):
+        """A package of that name, with empty files."""
+        content = Path(tempfile.mkdtemp(prefix="content-", dir=self.root))
+        (content / "DEBIAN").mkdir()
+        (content / "DEBIAN/control").write_text(
+            f"Package: {name}\nVersion: {version}\nProvides: {', '.join(provides)}\nArchitecture: all\n"
+            "Maintainer: Nobody <nobody@example.org>\nDescription: none\n")
+        for file in files:
+            (content / file).parent.mkdir(parents=True)
+            (content / file).touch()
+        package = content.with_suffix(".deb")
+        run("dpkg-deb", "--root-owner-group", "--build", content, package)
+        return package
+
+    def shell(self, version):
+        return self.stand_in("gnome-shell", version, files=["usr/bin/gnome-shell"])
+
+    def meet_needs(self):
+        """Has what the package depends on installed, without which dpkg tells it of nothing that comes later."""
+        names = [need.split()[0] for need in run("dpkg-deb", "--field", self.package, "Depends").split(", ")]
+        self.dpkg("--install", self.stand_in("needs", "1", provides=[f"{name} (= 99:1)" for name in names]))
+
+    def extension(self):
+        """The versions of GNOME Shell that the extension where the shell looks for it is for; None if there is none."""
+        folder = self.root / "usr/share/gnome-shell/extensions/focus@orvanta.com"
+        return json.loads((folder / "metadata.json").read_text())["shell-version"] if (folder / "extension.js").exists() else None
+
+    def test_gnome_shell_finds_the_extension_in_its_own_form(self):
+        self.meet_needs()
+        self.dpkg("--install", self.package)
+        self.assertIsNone(self.extension())
+        for version, major in (("43.9-0+deb12u2", "43"), ("48.4-1~deb13u1", "48"), ("44.1-1", "44"), ("1:46~beta-1", "46")):
+            self.dpkg("--install", self.shell(version))
+            self.assertIn(major, self.extension())
+            self.dpkg("--install", self.package)
+            self.assertIn(major, self.extension())
+        self.dpkg("--install", self.shell("42.9-1"))
+        self.assertIsNone(self.extension())
+        self.dpkg("--install", self.shell("43.9-1"))
+        self.dpkg("--remove", "gnome-shell")
+        self.assertIsNone(self.extension())
+        self.dpkg("--install", self.shell("43.9-1"))
+        self.dpkg("--remove", "orvanta-focus")
+        self.assertFalse((self.root / "usr/share/gnome-shell").exists())
+
+    def test_the_machine_that_packs_it_does_not_choose_the_extensions_form(self):
+        content = run("dpkg-deb", "--contents", self.package)
+        self.assertIn("/usr/share/orvanta-focus/gnome-extension/43/extension.js", content)
+        self.assertIn("/usr/share/orvanta-focus/gnome-extension/45/extension.js", content)
+        self.assertNotIn("/usr/share/gnome-shell", content)
+
+    def test_an_installed_copy_brings_the_form_of_the_shell_that_is_there(self):
+        run("cmake", "--install", BUILD, "--prefix", self.root / "usr")
+        major = run("gnome-shell", "--version").split()[-1].partition(".")[0]
+        self.assertIn(major, self.extension())
 
     def test_an_upgrade_keeps_what_is_stored(self):
         self.dpkg("--install", self.package)

@@ -32,6 +32,12 @@ void CoverWindow::setFrame(const QRect& frame)
     setGeometry(frame);
 }
 
+void CoverWindow::moveTo(const QRect& frame)
+{
+    setFrame(frame);
+    followDisplays();
+}
+
 void CoverWindow::setContent(std::optional<Callback<>> acknowledge)
 {
     dropContent();
@@ -81,9 +87,9 @@ std::unique_ptr<OverlayContent> CoverWindow::makeContent()
 {
     auto content = m_contents.make();
     content->item().setSize(size());
-    // A hidden window may have it at once, which settles all that depends on the window; in a window that is shown, it
-    // would take the keyboard from the screen that is there.
-    if (!isVisible())
+    // A window without a screen may have it at once, which settles all that depends on the window; where there is one, also
+    // in a window that is hidden only on its way to another display, it would take the keyboard from it.
+    if (!isVisible() && !m_content)
         content->item().setParentItem(contentItem());
     return content;
 }

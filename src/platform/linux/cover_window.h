@@ -24,6 +24,10 @@ public:
 
     /// The display to cover, by its frame in logical pixels. Applies at once, also while shown.
     void setFrame(const QRect& frame);
+    [[nodiscard]] const QRect& frame() const { return m_frame; }
+
+    /// Goes over to another display while it is shown.
+    void moveTo(const QRect& frame);
 
     /// Shows the screen that was made ahead, or a new one, in place of the one before.
     void setContent(std::optional<Callback<>> acknowledge);
@@ -42,7 +46,6 @@ protected:
     void dropContent();
     void fit();
 
-    [[nodiscard]] const QRect& frame() const { return m_frame; }
     /// The one at the frame that was last set; null if that one is gone.
     [[nodiscard]] QScreen* display() const { return m_display; }
 

@@ -1,6 +1,7 @@
 #include "platform/linux/desktop_report.h"
 
 #include "platform/linux/wayland/bus_helper.h"
+#include "platform/linux/wayland/sway_feed.h"
 
 namespace orvanta {
 
@@ -80,6 +81,11 @@ DesktopFindings findDesktop(WindowSource windows)
     if (const std::string address = sessionBusAddress(); !address.empty()) {
         BoundedBus bus(address);
         found.isGnomeShell = !BusHelper(bus, "org.gnome.Shell").owner().empty();
+        found.isKWin = !BusHelper(bus, "org.kde.KWin").owner().empty();
+    }
+    if (const auto display = WaylandDisplay::open()) {
+        found.isKWin = found.isKWin || display->offers("org_kde_plasma_shell"); // on another bus than ours, or on none
+        found.isSway = isSway(*display);
     }
     return found;
 }
@@ -95,10 +101,16 @@ QStringList whatIsMissing(const DesktopFindings& found)
 {
     QStringList missing;
     if (found.session.isWayland && found.windows == WindowSource::none) {
-        missing << (found.isGnomeShell
-                ? u"Orvanta Focus cannot see which application is in front. Install its GNOME extension, then log out and in."_s
-                : u"Application blocking is not available here; website blocking works."_s);
+        if (found.isGnomeShell)
+            missing << u"Orvanta Focus cannot see which application is in front. Install its GNOME extension, then log out and in."_s;
+        else if (found.isKWin)
+            missing
+                << u"Orvanta Focus cannot see which application is in front: KWin takes no script from it. Start it from within Plasma, or log out and in."_s;
+        else
+            missing << u"Application blocking is not available here; website blocking works."_s;
     }
+    if (found.windows == WindowSource::foreignToplevel && found.isSway)
+        missing << u"Orvanta Focus cannot hide applications: sway does not take its commands. Start it from within sway."_s;
     if (found.cover == CoverManner::none) {
         missing << (found.session.isWayland && found.session.hasLayers && !found.session.hasQtForWayland
                 ? u"Orvanta Focus cannot cover applications. Install Qt's Wayland platform (qt6-wayland)."_s

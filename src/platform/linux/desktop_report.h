@@ -15,6 +15,8 @@ struct DesktopFindings {
     WindowSource windows = WindowSource::none; ///< of a Wayland desktop
     IdleProtocol idle = IdleProtocol::none;    ///< of a Wayland desktop
     bool isGnomeShell = false;
+    bool isKWin = false;
+    bool isSway = false;
 
     bool operator==(const DesktopFindings&) const = default;
 };

@@ -53,13 +53,23 @@ bool isWaylandDesktop()
     return WaylandDisplay::open() != nullptr;
 }
 
-std::unique_ptr<OverlayPanels> makeOverlayPanels(OverlayContentFactory& contents, PanelWindows& panelWindows, X11CoverWindow::LastResort lastResort)
+/// `screens` where they know what is beneath a cover, otherwise null.
+std::unique_ptr<OverlayPanels> makeOverlayPanels(
+    OverlayContentFactory& contents, PanelWindows& panelWindows, X11CoverWindow::LastResort lastResort, const QtScreens* screens)
 {
+    std::unique_ptr<CoverPanels> panels;
     if (const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>())
-        return std::make_unique<X11OverlayPanels>(contents, x11->connection(), panelWindows, lastResort);
-    if (auto shell = LayerShell::find())
-        return std::make_unique<LayerOverlayPanels>(contents, std::move(shell));
-    return std::make_unique<AbsentOverlayPanels>();
+        panels = std::make_unique<X11OverlayPanels>(contents, x11->connection(), panelWindows, lastResort);
+    else if (auto shell = LayerShell::find())
+        panels = std::make_unique<LayerOverlayPanels>(contents, std::move(shell));
+    else
+        return std::make_unique<AbsentOverlayPanels>();
+    if (screens)
+        panels->goWithWindowInFront([screens]() -> std::optional<QRect> {
+            const std::optional<Screen> holder = screens->ofKeyWindow();
+            return holder ? std::optional(holder->frame) : std::nullopt;
+        });
+    return panels;
 }
 
 } // namespace
@@ -73,7 +83,7 @@ Result<void> preparePlatform()
     const SessionTraits session = findSessionTraits();
     switch (coverManner(session, chosen)) {
     case CoverManner::layerSurface:
-        useWaylandWindows();
+        useWaylandWindows(session);
         return {};
     case CoverManner::x11Window:
         qputenv("QT_QPA_PLATFORM", chosen.isEmpty() ? "xcb" : chosen.toUtf8());
@@ -84,7 +94,7 @@ Result<void> preparePlatform()
     // Qt would abort where there is nothing to show a window on; asked first, we can say it.
     if (!session.isWayland || !session.hasQtForWayland || chosen.startsWith(QStringLiteral("xcb")))
         return std::unexpected(PlatformError { session.xServerProblem });
-    useWaylandWindows(); // without covers, but all the rest
+    useWaylandWindows(session); // without covers, but all the rest
     return {};
 }
 
@@ -140,12 +150,13 @@ Platform makePlatform(OverlayContentFactory& contents)
     platform.secrets = std::make_unique<SecretService>();
     if (isWaylandDesktop())
         shared->compositorWindows = std::make_shared<CompositorWindows>();
-    if (shared->compositorWindows)
-        platform.screens = std::make_unique<QtScreens>(waylandKeyWindowGeometry(shared->compositorWindows), QtScreens::Pixels::logical);
-    else
-        platform.screens = std::make_unique<QtScreens>();
+    auto screens = shared->compositorWindows
+        ? std::make_unique<QtScreens>(waylandKeyWindowGeometry(shared->compositorWindows), QtScreens::Pixels::logical)
+        : std::make_unique<QtScreens>();
     platform.overlayPanels = makeOverlayPanels(contents, shared->panelWindows,
-        shared->compositorWindows ? X11CoverWindow::LastResort::none : X11CoverWindow::LastResort::withoutWindowManager);
+        shared->compositorWindows ? X11CoverWindow::LastResort::none : X11CoverWindow::LastResort::withoutWindowManager,
+        shared->compositorWindows ? screens.get() : nullptr);
+    platform.screens = std::move(screens);
     if (shared->compositorWindows) {
         platform.runningApplications = std::make_unique<WaylandRunningApplications>(shared->compositorWindows);
         platform.activationMonitor = std::make_unique<WaylandActivationMonitor>(*shared->compositorWindows);

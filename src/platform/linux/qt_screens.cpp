@@ -46,14 +46,25 @@ std::optional<Screen> QtScreens::main() const
     const std::vector<Display> all = displays();
     if (all.empty())
         return std::nullopt;
-    if (const std::optional<QRect> window = m_keyWindowGeometry()) {
-        const auto holder
-            = std::ranges::find_if(all, [centre = window->center()](const Display& display) { return display.placeOfWindows.contains(centre); });
-        if (holder != all.end())
-            return holder->screen;
-    }
+    if (const auto holder = ofKeyWindow(all))
+        return holder;
     const auto primary = std::ranges::find_if(all, &Display::isPrimary);
     return primary == all.end() ? all.front().screen : primary->screen;
+}
+
+std::optional<Screen> QtScreens::ofKeyWindow() const
+{
+    return ofKeyWindow(displays());
+}
+
+std::optional<Screen> QtScreens::ofKeyWindow(const std::vector<Display>& all) const
+{
+    const std::optional<QRect> window = m_keyWindowGeometry();
+    if (!window)
+        return std::nullopt;
+    const auto holder
+        = std::ranges::find_if(all, [centre = window->center()](const Display& display) { return display.placeOfWindows.contains(centre); });
+    return holder == all.end() ? std::nullopt : std::optional(holder->screen);
 }
 
 bool isPlaceholderScreen(const QString& name)

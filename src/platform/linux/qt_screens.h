@@ -31,6 +31,9 @@ public:
     [[nodiscard]] std::vector<Screen> all() const override;
     [[nodiscard]] std::optional<Screen> main() const override;
 
+    /// The display with the window that has the keyboard, unlike main() only where that is known.
+    [[nodiscard]] std::optional<Screen> ofKeyWindow() const;
+
 private:
     struct Display {
         Screen screen;
@@ -39,6 +42,7 @@ private:
     };
 
     [[nodiscard]] std::vector<Display> displays() const;
+    [[nodiscard]] std::optional<Screen> ofKeyWindow(const std::vector<Display>& all) const;
 
     KeyWindowGeometry m_keyWindowGeometry;
     Pixels m_pixels;

@@ -5,6 +5,9 @@
   hidden PID   "yes" if none of its windows is on screen, otherwise "no"
   none         leaves nothing in front
   key NAME     presses the key
+  second PID   moves the application to the second display
+  displays N   leaves the first N displays connected
+  colours X Y… the colours at these places of the whole desktop, as "red,green,blue"
 """
 import sys
 from pathlib import Path
@@ -17,10 +20,20 @@ from support.waiting import until  # noqa: E402
 def obey(hands, verb, *words):
     if verb == "none":
         hands.leave_nothing_in_front()
+        until(lambda: not any(window.is_active for window in hands.windows()), lambda: f"nothing is in front: {hands.windows()}")
     elif verb == "key":
         hands.key(words[0])
     elif verb == "hidden":
         return "yes" if hands.is_hidden(int(words[0])) else "no"
+    elif verb == "second":
+        pid = int(words[0])
+        hands.move_to_second_display(pid)
+        until(lambda: hands.window(pid).frame[0] >= hands.displays[1][0], lambda: f"{pid} is on the second display: {hands.windows()}")
+    elif verb == "displays":
+        hands.arrange(*(1.0 if place < int(words[0]) else None for place in range(2)))
+    elif verb == "colours":
+        numbers = list(map(int, words))
+        return " ".join(",".join(map(str, colour)) for colour in hands.spots(list(zip(numbers[::2], numbers[1::2]))))
     elif verb == "shown":
         count, pid = map(int, words)
         until(lambda: sum(window.pid == pid for window in hands.windows()) == count, lambda: f"{count} windows: {hands.windows()}")

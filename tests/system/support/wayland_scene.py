@@ -15,10 +15,10 @@ class WaylandScene(Scene):
     def setUpClass(cls):
         cls.desktop = desktop()
 
-    def native(self, program):
+    def native(self, program, *arguments):
         """A Wayland client's process, its window shown."""
         # Without a memory of how its window was left.
-        process = self.process(program, environment={"GDK_BACKEND": "wayland", "GSETTINGS_BACKEND": "memory"})
+        process = self.process(program, *arguments, environment={"GDK_BACKEND": "wayland", "GSETTINGS_BACKEND": "memory"})
         self.desktop.window_of(process)
         return process
 
@@ -39,19 +39,44 @@ class WaylandScene(Scene):
 
     def faults(self, focus, display=0):
         """What keeps the display from being covered by a screen with a button; nothing if all is well."""
-        found = []
         if not accessible.find(focus.pid, *BUTTON):
-            found.append("there is no button")
-        x, y, width, height = self.desktop.displays[display]
+            return ["there is no button"]
+        return self.colour_faults(self.desktop.displays[display])
+
+    def assert_covered_alone(self, focus, display):
+        """The display is the only one that is on, whatever its scale, and is covered to the last pixel of every edge. What glows in the
+        middle is left out."""
+
+        def faults():
+            if not accessible.find(focus.pid, *BUTTON):
+                return "there is no button"
+            picture = self.desktop.picture()
+            width, height = size = self.desktop.displays[display][2:]
+            if picture.size != size:
+                return f"the picture is {picture.size} instead of {size}"
+            edges = {"left": (0, 0, 1, height), "right": (width - 1, 0, width, height)}
+            for side, x in (("left", 0), ("right", width - width // 4)):
+                for edge, y in (("top", 0), ("bottom", height - 1)):
+                    edges[f"{edge} {side}"] = (x, y, x + width // 4, y + 1)
+            found = {name: picture.crop(edge).getcolors(height + width) for name, edge in edges.items()}
+            return {name: colours for name, colours in found.items() if {colour for _, colour in colours} != {MIDNIGHT}}
+
+        until(lambda: not faults(), lambda: f"display {display} is covered: {faults()}\n{focus.output}")
+
+    def colour_faults(self, frame):
+        """Where the edge of that part of the picture is not the cover's."""
+        x, y, width, height = frame
         right, bottom = x + width - 1, y + height - 1
         places = [(x, y), (right, y), (x, bottom), (right, bottom), (x, y + height // 2), (right, y + height // 2), (x + width // 2, bottom)]
-        for place, colour in zip(places, self.desktop.pixels(places)):
-            if colour != MIDNIGHT:
-                found.append(f"the colour at {place} is {colour}")
-        return found
+        return [f"the colour at {place} is {colour}" for place, colour in zip(places, self.desktop.pixels(places)) if colour != MIDNIGHT]
 
     def assert_covered(self, focus, display=0):
         until(lambda: not self.faults(focus, display), lambda: f"display {display} is covered: {self.faults(focus, display)}\n{focus.output}")
+
+    def assert_stays_covered(self, focus, display=0):
+        self.assert_covered(focus, display)
+        frame = self.desktop.displays[display]
+        stays(lambda: not self.colour_faults(frame), lambda: f"display {display} stays covered: {self.colour_faults(frame)}")
 
     def is_uncovered(self, focus):
         return not accessible.find(focus.pid, *BUTTON)

@@ -53,6 +53,26 @@ private Q_SLOTS:
             QStringList { u"Orvanta Focus cannot see which application is in front. Install its GNOME extension, then log out and in."_s });
     }
 
+    void aKWinThatTakesNoScriptIsToldWithItsRemedy()
+    {
+        DesktopFindings found = wayland(WindowSource::none);
+        found.isKWin = true;
+        QCOMPARE(whatIsMissing(found),
+            QStringList { u"Orvanta Focus cannot see which application is in front: KWin takes no script from it. "
+                          "Start it from within Plasma, or log out and in."_s });
+    }
+
+    void aSwayWhoseCommandsAreOutOfReachIsToldWithItsRemedy()
+    {
+        DesktopFindings found = wayland(WindowSource::foreignToplevel);
+        QCOMPARE(whatIsMissing(found), QStringList());
+        found.isSway = true;
+        QCOMPARE(whatIsMissing(found),
+            QStringList { u"Orvanta Focus cannot hide applications: sway does not take its commands. Start it from within sway."_s });
+        found.windows = WindowSource::swayCommands;
+        QCOMPARE(whatIsMissing(found), QStringList());
+    }
+
     void anUnknownCompositorIsToldWhatWorks()
     {
         QCOMPARE(

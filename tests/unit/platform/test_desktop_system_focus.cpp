@@ -1,6 +1,7 @@
 #include "platform/linux/desktop_system_focus.h"
 
 #include "support/contracts/system_focus_contract.h"
+#include "support/do_not_disturb.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
@@ -10,8 +11,6 @@
 #include <QProcess>
 #include <QTest>
 
-#include <signal.h>
-
 using namespace orvanta;
 using namespace orvanta::testing;
 using namespace Qt::StringLiterals;
@@ -19,53 +18,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int patience = 15'000;
-
-/// A notification service on the test's own bus.
-class DoNotDisturb {
-public:
-    explicit DoNotDisturb(const QString& kind)
-    {
-        m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        m_process.start(u"/usr/bin/python3"_s, { QStringLiteral(DO_NOT_DISTURB), kind });
-        m_isReady = saysNext("ready");
-    }
-    DoNotDisturb(const DoNotDisturb&) = delete;
-    DoNotDisturb& operator=(const DoNotDisturb&) = delete;
-    ~DoNotDisturb()
-    {
-        m_process.closeWriteChannel();
-        m_process.waitForFinished(patience);
-    }
-
-    [[nodiscard]] bool isReady() const { return m_isReady; }
-    [[nodiscard]] bool obeys(const QByteArray& word)
-    {
-        m_process.write(word + '\n');
-        return saysNext("done");
-    }
-    void pause() { ::kill(static_cast<pid_t>(m_process.processId()), SIGSTOP); }
-    void resume() { ::kill(static_cast<pid_t>(m_process.processId()), SIGCONT); }
-
-private:
-    [[nodiscard]] bool saysNext(const QByteArray& word)
-    {
-        while (!m_process.canReadLine()) {
-            if (!m_process.waitForReadyRead(patience))
-                return false;
-        }
-        return m_process.readLine().trimmed() == word;
-    }
-
-    QProcess m_process;
-    bool m_isReady = false;
-};
-
-[[nodiscard]] bool setShowBanners(bool areShown)
-{
-    QProcess gsettings;
-    gsettings.start(u"gsettings"_s, { u"set"_s, u"org.gnome.desktop.notifications"_s, u"show-banners"_s, areShown ? u"true"_s : u"false"_s });
-    return gsettings.waitForFinished(patience) && gsettings.exitCode() == 0;
-}
 
 /// Waits for an answer, of whatever kind, from `service`: it comes after those to everything that was asked before.
 void askAndWait(const QString& service, const QString& path)

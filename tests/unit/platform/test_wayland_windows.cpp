@@ -4,9 +4,9 @@
 #include "support/contracts/activation_monitor_contract.h"
 #include "support/contracts/idle_source_contract.h"
 #include "support/contracts/running_applications_contract.h"
+#include "support/wayland_hands.h"
 
 #include <QGuiApplication>
-#include <QProcess>
 #include <QRasterWindow>
 #include <QTemporaryDir>
 #include <QTest>
@@ -19,69 +19,6 @@ namespace {
 
 /// This program's own windows are taken for those of other applications, by what they say of themselves.
 const OwnApplication nobody;
-
-constexpr int patience = 60'000;
-
-/// What a user does on this desktop, through the program that plays one.
-class Hands {
-public:
-    Hands()
-    {
-        m_program.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        m_program.start(u"/usr/bin/python3"_s, { QStringLiteral(WAYLAND_HANDS) });
-    }
-    ~Hands()
-    {
-        m_program.closeWriteChannel();
-        m_program.waitForFinished();
-    }
-    Hands(const Hands&) = delete;
-    Hands& operator=(const Hands&) = delete;
-
-    QByteArray tell(const QString& order)
-    {
-        m_program.write(order.toUtf8() + '\n');
-        while (!m_program.canReadLine() && m_program.waitForReadyRead(patience))
-            continue;
-        return m_program.readLine().trimmed();
-    }
-
-private:
-    QProcess m_program;
-};
-
-/// A real application, from its start to the end of this.
-class Client {
-public:
-    Client(Hands& hands, const QString& program, const QStringList& arguments, int windows) : m_hands(hands)
-    {
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(u"GDK_BACKEND"_s, u"wayland"_s);
-        environment.insert(u"QT_QPA_PLATFORM"_s, u"wayland"_s);
-        environment.insert(u"GSETTINGS_BACKEND"_s, u"memory"_s);
-        m_process.setProcessEnvironment(environment);
-        m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        m_process.start(program, arguments);
-        m_process.waitForStarted();
-        m_isShown = m_hands.tell(u"shown %1 %2"_s.arg(windows).arg(m_process.processId())) == "done";
-    }
-    ~Client()
-    {
-        m_process.kill();
-        m_process.waitForFinished();
-    }
-    Client(const Client&) = delete;
-    Client& operator=(const Client&) = delete;
-
-    [[nodiscard]] bool isShown() const { return m_isShown; }
-    [[nodiscard]] bool bringToFront() { return m_hands.tell(u"front %1"_s.arg(m_process.processId())) == "done"; }
-    [[nodiscard]] bool isHidden() { return m_hands.tell(u"hidden %1"_s.arg(m_process.processId())) == "yes"; }
-
-private:
-    Hands& m_hands;
-    QProcess m_process;
-    bool m_isShown = false;
-};
 
 /// The editor's windows are in one process.
 enum class EditorWindows { one, two };

@@ -5,8 +5,12 @@
 #include "platform/linux/wayland/sway_feed.h"
 #include "platform/linux/wayland/toplevel_feed.h"
 
+#include <algorithm>
+
 namespace orvanta {
 
+using std::chrono::ceil;
+using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
 namespace {
@@ -30,8 +34,11 @@ void CompositorWindows::open()
         m_display = WaylandDisplay::open();
         if (m_display && m_display->offers("zwlr_foreign_toplevel_manager_v1"))
             m_toplevels = std::make_unique<ToplevelFeed>(*m_display);
+    }
+    if (!m_sway) {
         if (const auto socket = m_display ? swaySocket(*m_display) : std::nullopt)
             m_sway = std::make_unique<SwayFeed>(*socket);
+        m_isHungUpOn = m_isHungUpOn && !m_sway;
     }
     if (!m_bus) {
         const std::string address = sessionBusAddress();
@@ -57,29 +64,38 @@ WindowFeed* CompositorWindows::feed()
         notifier->setEnabled(false);
         notifier.release()->deleteLater(); // it may be what calls
     };
+    const auto drop = [this](auto& feed) {
+        if (m_used == feed.get())
+            m_used = nullptr; // the next one may come to stand at the same address
+        feed.reset();
+    };
     if (m_display && m_display->isLost()) {
         silence(m_displayNotifier);
         silence(m_swayNotifier);
-        m_sway.reset();
-        m_toplevels.reset();
+        drop(m_sway);
+        drop(m_toplevels);
         m_display.reset();
     }
-    if (m_sway && !m_sway->isAttached()) { // asked for its own part in a moment again
+    if (m_sway && !m_sway->isAttached()) {
         silence(m_swayNotifier);
-        m_sway.reset();
+        drop(m_sway);
+        m_isHungUpOn = true;
     }
     if (m_bus && m_bus->isLost()) {
         silence(m_busNotifier);
-        m_gnome.reset();
-        m_kwin.reset();
+        drop(m_gnome);
+        drop(m_kwin);
         m_bus.reset();
     }
-    if ((!m_display || !m_bus) && steady_clock::now() >= m_nextTry)
+    const auto isSomethingMissed = [this] { return !m_display || !m_bus || m_isHungUpOn; };
+    if (isSomethingMissed() && steady_clock::now() >= m_nextTry)
         open();
     if (m_later && !m_isTelling) // what was taken in here is still to be told
         m_later->start(0);
-    else if (m_later && (!m_display || !m_bus) && !m_later->isActive())
+    else if (m_later && isSomethingMissed() && !m_later->isActive())
         m_later->start(untilNextTry);
+    else if (m_later && m_source == WindowSource::kwinScript && !m_later->isActive())
+        m_later->start(KWinFeed::untilNextLook);
 
     WindowFeed* used = nullptr;
     WindowSource source = WindowSource::none;
@@ -98,6 +114,8 @@ WindowFeed* CompositorWindows::feed()
     offer(m_toplevels, WindowSource::foreignToplevel);
     if (used != m_used && used)
         ++m_attachment;
+    if (const auto next = m_kwin ? m_kwin->nextTry() : std::nullopt; next && m_later && !m_later->isActive())
+        m_later->start(std::max(ceil<milliseconds>(*next - steady_clock::now()), milliseconds(0)));
     m_used = used;
     if (std::exchange(m_source, source) != source && m_later)
         QMetaObject::invokeMethod(

@@ -58,6 +58,7 @@ private:
     WindowSource m_source = WindowSource::none;
     std::uint64_t m_attachment = 0;
     std::chrono::steady_clock::time_point m_nextTry;
+    bool m_isHungUpOn = false; ///< by sway, which is still there
 
     Callback<> m_changed;
     Callback<> m_sourceChanged;

@@ -14,8 +14,13 @@
 namespace orvanta {
 
 using namespace Qt::StringLiterals;
+using std::chrono::steady_clock;
 
 namespace {
+
+/// How long a KWin that takes no script is left alone, at first and at last. It may be busy starting.
+constexpr std::chrono::seconds firstPause { 2 };
+constexpr std::chrono::seconds longestPause { 60 };
 
 constexpr auto interfaceName = "com.orvanta.Focus.Windows";
 constexpr auto introspection = R"(<node><interface name="com.orvanta.Focus.Windows">
@@ -74,7 +79,7 @@ KWinFeed::KWinFeed(BoundedBus& bus) : m_kwin(bus, "org.kde.KWin"), m_objectPath(
     exportObject();
     update();
     // Its first words tell what is there already; what comes after is news.
-    if (!m_attachedTo.empty())
+    if (m_runsScript)
         m_kwin.bus().waitUntil([this] { return m_hasTold; }, BusHelper::soon());
 }
 
@@ -102,11 +107,32 @@ void KWinFeed::exportObject()
 
 void KWinFeed::update()
 {
-    if (m_kwin.owner() == m_attachedTo)
-        return;
-    detach();
-    if (!m_kwin.owner().empty())
+    if (m_kwin.owner() != m_attachedTo || isUnloaded()) {
+        detach();
+        if (!m_kwin.owner().empty())
+            attach();
+    } else if (const auto next = nextTry(); next && steady_clock::now() >= *next) {
         attach();
+    }
+}
+
+std::optional<steady_clock::time_point> KWinFeed::nextTry() const
+{
+    return m_attachedTo.empty() || m_runsScript ? std::nullopt : std::optional(m_nextTry);
+}
+
+bool KWinFeed::isUnloaded()
+{
+    if (!m_hasTold || steady_clock::now() < m_nextLook)
+        return false;
+    m_nextLook = steady_clock::now() + untilNextLook;
+    const QByteArray plugin = m_objectPath.split('/').last();
+    const Variant reply
+        = m_kwin.bus().ask(scripting(m_attachedTo, "isScriptLoaded", "(b)"), g_variant_new("(s)", plugin.constData()), BusHelper::soon());
+    gboolean isLoaded = TRUE; // a KWin that does not answer has other cares
+    if (reply)
+        g_variant_get(reply.get(), "(b)", &isLoaded);
+    return !isLoaded;
 }
 
 void KWinFeed::attach()
@@ -114,15 +140,26 @@ void KWinFeed::attach()
     GDBusConnection* connection = m_kwin.bus().connection(BusHelper::soon());
     if (!connection || m_object == 0)
         return;
+    const bool isFirst = m_attachedTo.empty();
     m_attachedTo = m_kwin.owner();
+    m_nextLook = steady_clock::now() + untilNextLook;
     const char* service = g_dbus_connection_get_unique_name(connection);
-    if (!load(kwinWindowsScript(service, m_objectPath), m_objectPath.split('/').last()))
+    const QByteArray plugin = m_objectPath.split('/').last();
+    if (!isFirst)
+        unload(plugin); // it may have answered too late for us
+    m_runsScript = load(kwinWindowsScript(service, m_objectPath), plugin);
+    if (m_runsScript)
+        return;
+    if (isFirst)
         qWarning("KWin takes no script from us; applications cannot be watched.");
+    m_pause = isFirst ? firstPause : std::min(2 * m_pause, longestPause);
+    m_nextTry = steady_clock::now() + m_pause;
 }
 
 void KWinFeed::detach()
 {
     m_attachedTo.clear();
+    m_runsScript = false;
     m_hasTold = false;
     m_windows.clear();
     m_front.reset();
@@ -186,8 +223,13 @@ void KWinFeed::take(const std::string& method, const QJsonObject& told)
     if (isPanel)
         return;
     m_front = front.isEmpty() ? std::nullopt : std::optional(front["handle"_L1].toString());
-    if (method == "Activated" && !front.isEmpty() && m_hasTold)
+    if (method == "Activated" && !front.isEmpty() && m_hasTold) {
         m_activations.push_back(read(front));
+        // It may have been moved since all were told.
+        const auto known = std::ranges::find(m_windows, m_activations.back().handle, &DesktopWindow::handle);
+        if (known != m_windows.end())
+            *known = m_activations.back();
+    }
 }
 
 DesktopWindow KWinFeed::read(const QJsonObject& told)

@@ -7,6 +7,7 @@
 #include <QHash>
 #include <QTemporaryDir>
 
+#include <chrono>
 #include <functional>
 
 class QJsonObject;
@@ -14,9 +15,13 @@ class QJsonObject;
 namespace orvanta {
 
 /// The windows as a script inside KWin tells them: KWin runs scripts that are handed to it over the session's bus, so nothing has to
-/// be installed. The script goes with the feed, and is loaded anew into a KWin that was started again.
+/// be installed. The script goes with the feed, and is loaded anew into a KWin that was started again. One that takes no script is asked
+/// again, ever more seldom.
 class KWinFeed final : public WindowFeed {
 public:
+    /// How long update() takes the script for loaded before it asks again: one that somebody unloads says nothing of it.
+    static constexpr std::chrono::seconds untilNextLook { 5 };
+
     /// `bus` outlives the feed and is dispatched by its owner.
     explicit KWinFeed(BoundedBus& bus);
     ~KWinFeed() override;
@@ -27,12 +32,14 @@ public:
     [[nodiscard]] std::optional<DesktopWindow> front() override;
     [[nodiscard]] std::vector<DesktopWindow> takeActivations() override { return std::exchange(m_activations, {}); }
     void hide(std::span<const DesktopWindow> windows) override;
+    [[nodiscard]] std::optional<std::chrono::steady_clock::time_point> nextTry() const override;
 
 private:
     static void called(GDBusConnection* connection, const char* sender, const char* path, const char* interface, const char* method,
         GVariant* arguments, GDBusMethodInvocation* invocation, gpointer feed);
 
     void exportObject();
+    [[nodiscard]] bool isUnloaded();
     void attach();
     void detach();
     [[nodiscard]] bool load(const QByteArray& script, const QByteArray& plugin);
@@ -44,7 +51,11 @@ private:
     QTemporaryDir m_scripts;
     QByteArray m_objectPath; ///< of ours, where the script calls
     guint m_object = 0;
-    std::string m_attachedTo; ///< the unique name of the KWin that has the script; empty if none has
+    std::string m_attachedTo;                        ///< the unique name of the KWin that has been asked to run the script; empty if there is none
+    bool m_runsScript = false;                       ///< it has taken it
+    std::chrono::steady_clock::time_point m_nextTry; ///< of asking it, where it has not
+    std::chrono::seconds m_pause { 0 };              ///< before that
+    std::chrono::steady_clock::time_point m_nextLook;
     bool m_hasTold = false;
     bool m_isHidingDone = false;
 

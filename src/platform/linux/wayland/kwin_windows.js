@@ -44,6 +44,7 @@ function tellActivation(window) {
 
 function follow(window) {
     (window.minimizedChanged || window.clientMinimized).connect(tellAll);
+    (window.outputChanged || window.screenChanged).connect(tellAll);
 }
 
 var known = all();

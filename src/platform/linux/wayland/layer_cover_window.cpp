@@ -24,6 +24,11 @@ LayerCoverWindow::LayerCoverWindow(OverlayContentFactory& contents, std::shared_
     setFlags(Qt::Window | Qt::FramelessWindowHint | Qt::BypassWindowManagerHint);
     m_watch.setSingleShot(true);
     connect(&m_watch, &QTimer::timeout, this, &LayerCoverWindow::check);
+    // labwc gives the keyboard to a window that is activated beneath, of which it says nothing where that was active already.
+    connect(qGuiApp, &QGuiApplication::focusWindowChanged, this, [this](const QWindow* window) {
+        if (m_isWanted && !m_watch.isActive() && !qobject_cast<const CoverWindow*>(window))
+            watch();
+    });
 }
 
 LayerCoverWindow::~LayerCoverWindow()

@@ -12,7 +12,7 @@ namespace orvanta {
 
 /// The cover where the compositor has layers for such things (KWin, and all that is built on wlroots). The compositor itself keeps
 /// it above full-screen windows, on every workspace, and gives it the keyboard, for which it is asked again where
-/// it has not. If after ten seconds the cover is not shown, or has no keyboard, standard error says so, once a presentation.
+/// it has not, or loses it. If after ten seconds the cover is not shown, or has no keyboard, standard error says so, once a presentation.
 class LayerCoverWindow final : public CoverWindow {
     Q_OBJECT
 

@@ -2,6 +2,7 @@
 
 #include "platform/linux/wayland/wayland_display.h"
 
+#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 
@@ -88,15 +89,24 @@ void collect(const QJsonObject& node, std::vector<DesktopWindow>& found)
         collect(child.toObject(), found);
 }
 
+/// Who is at the other end.
+std::optional<ucred> compositor(const WaylandDisplay& display)
+{
+    ucred process {};
+    socklen_t size = sizeof(process);
+    if (::getsockopt(display.descriptor(), SOL_SOCKET, SO_PEERCRED, &process, &size) != 0)
+        return std::nullopt;
+    return process;
+}
+
 } // namespace
 
 std::optional<QByteArray> swaySocket(const WaylandDisplay& display)
 {
-    ucred compositor {};
-    socklen_t size = sizeof(compositor);
-    if (::getsockopt(display.descriptor(), SOL_SOCKET, SO_PEERCRED, &compositor, &size) != 0)
+    const auto sway = compositor(display);
+    if (!sway)
         return std::nullopt;
-    const QByteArray name = "sway-ipc." + QByteArray::number(compositor.uid) + '.' + QByteArray::number(compositor.pid) + ".sock";
+    const QByteArray name = "sway-ipc." + QByteArray::number(sway->uid) + '.' + QByteArray::number(sway->pid) + ".sock";
     const QByteArray usual = qgetenv("XDG_RUNTIME_DIR") + '/' + name;
     const QByteArray named = qgetenv("SWAYSOCK");
     // One that was left in the environment by another session is none of this compositor's.
@@ -105,6 +115,13 @@ std::optional<QByteArray> swaySocket(const WaylandDisplay& display)
             return path;
     }
     return std::nullopt;
+}
+
+bool isSway(const WaylandDisplay& display)
+{
+    const auto process = compositor(display);
+    QFile name(u"/proc/%1/comm"_s.arg(process ? process->pid : 0));
+    return name.open(QIODevice::ReadOnly) && name.readAll().trimmed() == "sway";
 }
 
 std::vector<DesktopWindow> swayWindows(const QJsonObject& tree)

@@ -38,6 +38,9 @@ private:
 /// Where the sway at the other end of the display takes commands; absent if it is another compositor.
 [[nodiscard]] std::optional<QByteArray> swaySocket(const WaylandDisplay& display);
 
+/// Whether that is a sway, wherever it takes commands.
+[[nodiscard]] bool isSway(const WaylandDisplay& display);
+
 /// The windows of sway's answer to "get_tree", oldest first, and the one that has the focus, or would have it but for a cover.
 [[nodiscard]] std::vector<DesktopWindow> swayWindows(const QJsonObject& tree);
 [[nodiscard]] std::optional<DesktopWindow> swayFront(const QJsonObject& tree);

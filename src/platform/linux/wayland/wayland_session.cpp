@@ -15,6 +15,7 @@ SessionTraits findSessionTraits()
     SessionTraits traits;
     if (const auto display = WaylandDisplay::open()) {
         traits.isWayland = true;
+        traits.hasSeat = display->offers("wl_seat");
         traits.hasLayers = display->offers("zwlr_layer_shell_v1");
         const QDir platforms(QLibraryInfo::path(QLibraryInfo::PluginsPath) + "/platforms"_L1);
         traits.hasQtForWayland = !platforms.entryList({ u"libqwayland*"_s }, QDir::Files).isEmpty();
@@ -35,11 +36,13 @@ CoverManner coverManner(const SessionTraits& session, const QString& platform)
     return mayUseX11 && session.hasXServer ? CoverManner::x11Window : CoverManner::none;
 }
 
-void useWaylandWindows()
+void useWaylandWindows(const SessionTraits& session)
 {
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "wayland");
     qputenv("QT_WAYLAND_USE_BYPASSWINDOWMANAGERHINT", "1");
+    if (!session.hasSeat)
+        qputenv("QT_IM_MODULE", "compose");
 }
 
 } // namespace orvanta

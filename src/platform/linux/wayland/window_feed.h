@@ -5,6 +5,7 @@
 #include <QRect>
 #include <QString>
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -51,6 +52,9 @@ public:
 
     /// Hides the windows. Waits until the compositor has done so, but no longer than a moment.
     virtual void hide(std::span<const DesktopWindow> windows) = 0;
+
+    /// When update() has something to do even if nothing is said; absent where nothing has to be tried again.
+    [[nodiscard]] virtual std::optional<std::chrono::steady_clock::time_point> nextTry() const { return std::nullopt; }
 };
 
 } // namespace orvanta

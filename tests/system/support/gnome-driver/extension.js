@@ -11,19 +11,25 @@ const INTERFACE = `
     <method name="FullScreen"><arg type="i" direction="in"/></method>
     <method name="MinimiseAll"/>
     <method name="ToDisplay"><arg type="i" direction="in"/><arg type="i" direction="in"/></method>
+    <method name="ToWorkspace"><arg type="i" direction="in"/></method>
+    <method name="Workspace"><arg type="i" direction="out"/></method>
+    <method name="Lock"><arg type="b" direction="in"/></method>
     <method name="Switch"><arg type="s" direction="in"/><arg type="b" direction="in"/></method>
   </interface>
 </node>`;
 
 // A new window is known before it is shown, and takes the focus when it is.
 function windows() {
-    return global.get_window_actors().filter(actor => actor.visible || actor.meta_window.minimized).map(actor => actor.meta_window);
+    const isElsewhere = window => !window.located_on_workspace(global.workspace_manager.get_active_workspace());
+    return global.get_window_actors().filter(actor => actor.visible || actor.meta_window.minimized || isElsewhere(actor.meta_window))
+        .map(actor => actor.meta_window);
 }
 
 class Driver {
     enable() {
         global.context.unsafe_mode = true;
         Main.overview.hide();
+        Main.messageTray.bannerBlocked = true; // the shell warns whoever runs it as root, on top of everything
         this._object = Gio.DBusExportedObject.wrapJSObject(INTERFACE, this);
         this._object.export(Gio.DBus.session, '/com/orvanta/Test/Driver');
         this._name = Gio.bus_own_name(Gio.BusType.SESSION, 'com.orvanta.Test.Driver', Gio.BusNameOwnerFlags.NONE, null, null, null);
@@ -63,6 +69,26 @@ class Driver {
 
     ToDisplay(pid, number) {
         windows().filter(window => window.get_pid() === pid).forEach(window => window.move_to_monitor(number));
+    }
+
+    ToWorkspace(number) {
+        const manager = global.workspace_manager;
+        while (manager.n_workspaces <= number)
+            manager.append_new_workspace(false, global.get_current_time());
+        manager.get_workspace_by_index(number).activate(global.get_current_time());
+    }
+
+    Workspace() {
+        return global.workspace_manager.get_active_workspace_index();
+    }
+
+    // What locking does to extensions. All of it takes a display manager, which a shell without a screen has not.
+    Lock(isLocked) {
+        const wasLocked = Main.sessionMode.currentMode === 'unlock-dialog';
+        if (isLocked && !wasLocked)
+            Main.sessionMode.pushMode('unlock-dialog');
+        else if (!isLocked && wasLocked)
+            Main.sessionMode.popMode('unlock-dialog');
     }
 
     Switch(uuid, isOn) {

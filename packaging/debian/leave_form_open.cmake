@@ -1,0 +1,10 @@
+# The form that the machine on which the package is made would use is none of the package's.
+file(GLOB chosen "${CPACK_TEMPORARY_DIRECTORY}/usr/share/gnome-shell")
+if(chosen STREQUAL "")
+  file(GLOB_RECURSE all RELATIVE "${CPACK_TEMPORARY_DIRECTORY}" "${CPACK_TEMPORARY_DIRECTORY}/*/choose-form")
+  if(all STREQUAL "")
+    message(FATAL_ERROR "what is packaged is not at ${CPACK_TEMPORARY_DIRECTORY}")
+  endif()
+else()
+  file(REMOVE_RECURSE ${chosen})
+endif()
