@@ -116,8 +116,8 @@ bool KWinFeed::isUnloaded()
         return false;
     m_nextLook = steady_clock::now() + untilNextLook;
     const QByteArray plugin = m_objectPath.split('/').last();
-    const Variant reply = m_kwin.bus().ask(
-        scripting(m_attachedTo, "isScriptLoaded", "(b)"), g_variant_new("(s)", plugin.constData()), BusHelper::soon());
+    const Variant reply
+        = m_kwin.bus().ask(scripting(m_attachedTo, "isScriptLoaded", "(b)"), g_variant_new("(s)", plugin.constData()), BusHelper::soon());
     gboolean isLoaded = TRUE; // a KWin that does not answer has other cares
     if (reply)
         g_variant_get(reply.get(), "(b)", &isLoaded);
