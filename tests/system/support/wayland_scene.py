@@ -67,7 +67,8 @@ class WaylandScene(Scene):
         """Where the edge of that part of the picture is not the cover's."""
         x, y, width, height = frame
         right, bottom = x + width - 1, y + height - 1
-        places = [(x, y), (right, y), (x, bottom), (right, bottom), (x, y + height // 2), (right, y + height // 2), (x + width // 2, bottom)]
+        # The glow of the middle may reach the middle of the edges above and below.
+        places = [(x, y), (right, y), (x, bottom), (right, bottom), (x, y + height // 2), (right, y + height // 2), (x + width // 4, bottom)]
         return [f"the colour at {place} is {colour}" for place, colour in zip(places, self.desktop.pixels(places)) if colour != MIDNIGHT]
 
     def assert_covered(self, focus, display=0):
@@ -86,6 +87,13 @@ class WaylandScene(Scene):
 
     def assert_stays_uncovered(self, focus):
         stays(lambda: self.is_uncovered(focus), "no cover")
+
+    def acknowledge(self, focus, *processes):
+        """Answers the cover by the keyboard; it does not return."""
+        self.press_return_on_cover(focus)
+        for process in processes:
+            until(lambda process=process: self.desktop.is_hidden(process.pid), lambda: f"it is hidden: {self.desktop.windows()}")
+        self.assert_stays_uncovered(focus)
 
     def press_return_on_cover(self, focus):
         accessible.wait_until_active(focus.pid)  # a cover is shown a moment before it has the keyboard

@@ -18,9 +18,12 @@ const INTERFACE = `
   </interface>
 </node>`;
 
+function isElsewhere(window) {
+    return !window.located_on_workspace(global.workspace_manager.get_active_workspace());
+}
+
 // A new window is known before it is shown, and takes the focus when it is.
 function windows() {
-    const isElsewhere = window => !window.located_on_workspace(global.workspace_manager.get_active_workspace());
     return global.get_window_actors().filter(actor => actor.visible || actor.meta_window.minimized || isElsewhere(actor.meta_window))
         .map(actor => actor.meta_window);
 }
@@ -56,7 +59,13 @@ class Driver {
     }
 
     Activate(pid) {
-        windows().filter(window => window.get_pid() === pid).forEach(window => window.activate(global.get_current_time()));
+        const time = global.get_current_time();
+        for (const window of windows().filter(candidate => candidate.get_pid() === pid)) {
+            if (isElsewhere(window))
+                window.get_workspace().activate_with_focus(window, time);
+            else
+                window.activate(time);
+        }
     }
 
     FullScreen(pid) {
