@@ -37,6 +37,12 @@ def median(values):
     return statistics.median(values)
 
 
+def summary(values):
+    """Median, 95 % and worst of times in ms."""
+    ninety_five = sorted(values)[min(len(values) - 1, round(0.95 * len(values)))]
+    return f"{median(values):.1f} / {ninety_five:.1f} / {max(values):.1f} ms"
+
+
 def spread(values):
     """The middle half, for those who want to know how far to trust a median."""
     low, _, high = statistics.quantiles(values, n=4)
