@@ -3,6 +3,7 @@ through its middle. A compositor's frame is composed as a whole or not at all, s
 
 Each watch answers look(), the colours (left, middle, right) of now, and between begin() and painted() looks out for the
 first frame in which a cover is painted; painted() is the moment of that frame, in nanoseconds of the monotonic clock.
+Where the compositor tells when it made the blocked application's window the active one, activated() is that moment.
 """
 import json
 import os
@@ -13,7 +14,7 @@ from pathlib import Path
 
 from gi.repository import Gio, GLib
 
-from . import scene
+from . import processes, scene
 
 MIDNIGHT = 0x131A29
 BLOCKED_COLOUR = 0xE03020
@@ -33,6 +34,7 @@ class ScreencopyWatch:
 
     def __init__(self):
         self.program = subprocess.Popen([scene.BIN / "screencopy_watch"], stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
+        processes.put_first(self.program.pid)
 
     def _answer(self):
         line = self.program.stdout.readline()
@@ -50,6 +52,9 @@ class ScreencopyWatch:
 
     def begin(self):
         self._ask("watch")
+
+    def activated(self):
+        return None
 
     def painted(self):
         return self._answer()["painted"]
@@ -109,6 +114,9 @@ class ScreenshotWatch:
         if not first.wait(scene.BOUND):
             raise TimeoutError("KWin takes no picture")
 
+    def activated(self):
+        return None
+
     def painted(self):
         self.thread.join()
         if self.found is None:
@@ -144,6 +152,9 @@ class StageWatch:
 
     def begin(self):
         self.run("global.orvantaWatch.begin(); null")
+
+    def activated(self):
+        return self.run("global.orvantaWatch.activated") * 1000
 
     def painted(self):
         return scene.until(lambda: self.run("global.orvantaWatch.painted"), "a cover is painted") * 1000

@@ -6,6 +6,13 @@
     const places = [0, WIDTH / 2, WIDTH - 1];
     let handler = 0;
 
+    // The window itself learns of it a frame later.
+    global.display.connect('notify::focus-window', display => {
+        const window = display.focus_window;
+        if (window && window.get_title() === 'orvanta-bench-blocked' && !watch.activated)
+            watch.activated = GLib.get_monotonic_time();
+    });
+
     // What is asked for in here is painted at once, only the answer comes later.
     function pick(told) {
         const line = [];
@@ -20,7 +27,8 @@
 
     const watch = {
         line: null,
-        painted: 0, // microseconds of the monotonic clock
+        activated: 0, // microseconds of the monotonic clock, as the next
+        painted: 0,
         looks: 0,
         look() {
             watch.line = null;
@@ -28,6 +36,7 @@
         },
         begin() {
             watch.end();
+            watch.activated = 0;
             watch.painted = 0;
             watch.looks = 0;
             handler = global.stage.connect('after-paint', (stage, view) => {

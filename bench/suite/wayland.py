@@ -78,16 +78,17 @@ class Desk:
         return [json.loads(line)["activated"] for line in self.blocked.output.splitlines() if line.startswith("{")]
 
     def activate(self):
-        """ms from the moment when the blocked application's window is told that it is the active one, to the frame with the painted cover."""
+        """ms from the moment when the blocked application's window becomes the active one, as the compositor or the window tells, to the
+        frame with the painted cover."""
         self.uncover()
         time.sleep(random.uniform(0.3, 0.4))  # no rhythm of what is watched falls into step with ours
         before = len(self.activations())
         self.watch.begin()
         self.hands.activate(self.blocked.pid)
         painted = self.watch.painted()
-        activations = scene.until(lambda: self.activations()[before:], "the window is told that it is active")
+        told = scene.until(lambda: self.activations()[before:], "the window is told that it is active")[0]
         time.sleep(0.2)
-        return (painted - activations[0]) / 1e6
+        return (painted - (self.watch.activated() or told)) / 1e6
 
     def measure(self, count):
         return [self.activate() for _ in range(count)]
@@ -105,6 +106,7 @@ def _desk():
         windows = []
         for application, options in ((scene.BLOCKED, ("--colour", "E03020", "--tell", name)), (scene.OTHER, ("--colour", "C0C0C0"))):
             window = stack.enter_context(scene.running(scene.BIN / "wayland_window", "--application", application, *options))
+            processes.put_first(window.pid)
             scene.until(lambda shown=window: hands.window(shown.pid), f"the window of {application} is there")
             windows.append(window)
         watch = WATCHES[wayland.COMPOSITOR]()
