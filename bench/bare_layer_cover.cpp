@@ -69,8 +69,9 @@ private:
         m_role = zwlr_layer_shell_v1_get_layer_surface(m_shell, m_surface, m_client.output(), ZWLR_LAYER_SHELL_V1_LAYER_OVERLAY, "bare-cover");
         zwlr_layer_surface_v1_add_listener(m_role, &listener, this);
         zwlr_layer_surface_v1_set_size(m_role, 0, 0);
-        zwlr_layer_surface_v1_set_anchor(m_role, ZWLR_LAYER_SURFACE_V1_ANCHOR_TOP | ZWLR_LAYER_SURFACE_V1_ANCHOR_BOTTOM
-                | ZWLR_LAYER_SURFACE_V1_ANCHOR_LEFT | ZWLR_LAYER_SURFACE_V1_ANCHOR_RIGHT);
+        zwlr_layer_surface_v1_set_anchor(m_role,
+            ZWLR_LAYER_SURFACE_V1_ANCHOR_TOP | ZWLR_LAYER_SURFACE_V1_ANCHOR_BOTTOM | ZWLR_LAYER_SURFACE_V1_ANCHOR_LEFT
+                | ZWLR_LAYER_SURFACE_V1_ANCHOR_RIGHT);
         zwlr_layer_surface_v1_set_exclusive_zone(m_role, -1);
         zwlr_layer_surface_v1_set_keyboard_interactivity(m_role, ZWLR_LAYER_SURFACE_V1_KEYBOARD_INTERACTIVITY_EXCLUSIVE);
         wl_surface_commit(m_surface);

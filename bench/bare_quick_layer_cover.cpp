@@ -56,7 +56,7 @@ int main(int argc, char** argv)
     QObject::connect(&notifier, &QSocketNotifier::activated, window, [&] {
         const auto isToBeShown = told.take();
         if (isToBeShown && *isToBeShown && !role) {
-            role = shell->cover(*window, screen, [window] { window->show(); }, [] { });
+            role = shell->cover(*window, screen, [window] { window->show(); }, [] {});
         } else if (isToBeShown && !*isToBeShown && role) {
             role.reset();
             window->destroy();

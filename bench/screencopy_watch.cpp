@@ -92,8 +92,7 @@ private:
     {
         m_isForChanges = isForChanges;
         m_isTaken = false;
-        m_frame = zwlr_screencopy_manager_v1_capture_output_region(
-            m_manager, 0, m_client.output(), 0, m_client.height() / 2, m_client.width(), 1);
+        m_frame = zwlr_screencopy_manager_v1_capture_output_region(m_manager, 0, m_client.output(), 0, m_client.height() / 2, m_client.width(), 1);
         zwlr_screencopy_frame_v1_add_listener(m_frame, &listener, this);
     }
 
@@ -119,7 +118,9 @@ private:
         return left == midnight && right == midnight && middle != midnight && middle != blockedColour && middle != otherColour;
     }
 
-    static constexpr zwlr_screencopy_frame_v1_listener listener { .buffer = &buffer, .flags = &flags, .ready = &ready, .failed = &failed, .damage = &damage };
+    static constexpr zwlr_screencopy_frame_v1_listener listener {
+        .buffer = &buffer, .flags = &flags, .ready = &ready, .failed = &failed, .damage = &damage
+    };
 
     WaylandClient m_client;
     zwlr_screencopy_manager_v1* m_manager;
