@@ -88,7 +88,7 @@ int main(int argc, char** argv)
         return 2;
     }
 
-    NetworkUrlSession session(authorities());
+    NetworkUrlSession session(authorities);
     QNetworkAccessManager manager;
     const Poll poll = arguments.contains(u"--bare"_s) ? byTheManagerAlone(manager, origin) : throughTheSession(session, origin);
 

@@ -19,6 +19,8 @@ OTHER = "orvanta-bench-other"
 # Nobody who is measured gets a screen reader's bridge: the desktop of the tests switches it on for all.
 os.environ.pop("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", None)
 os.environ["NO_AT_BRIDGE"] = "1"
+# Nor authorities of their own, which hardly any desktop has: to read a whole file of them takes longer than a window does.
+os.environ.pop("SSL_CERT_FILE", None)
 
 
 def until(condition, what):

@@ -67,7 +67,7 @@ int main(int argc, char** argv)
     const auto motionPreference = makeMotionPreference();
     BlockingViewFactory blockingViews(engine, *motionPreference);
     Platform platform = makePlatform(blockingViews);
-    NetworkUrlSession urlSession(additionalAuthorities());
+    NetworkUrlSession urlSession(additionalAuthorities);
 
     AppModel model({ .defaults = *platform.defaults,
                        .cloudStore = *platform.cloudStore,

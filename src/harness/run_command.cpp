@@ -64,7 +64,7 @@ HarnessExit runHarness(const ServiceConfiguration& service, SecretStore& secrets
         report(FocusAPIError::missingCredential().description());
         return HarnessExit::noAPIKey;
     }
-    NetworkUrlSession urlSession(additionalAuthorities());
+    NetworkUrlSession urlSession(additionalAuthorities);
     HarnessSession session(FocusAPIClient(urlSession, service.origin, *key), files, &report, {});
     QObject::connect(&session, &HarnessSession::listening, &session, [&session] {
         std::printf("Listening on 127.0.0.1:%u\n", unsigned { session.port() });

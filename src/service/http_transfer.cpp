@@ -83,10 +83,10 @@ HttpTransfer::HttpTransfer(HttpRequest request) : m_request(std::move(request)),
     m_deadline.callOnTimeout(this, [this] { fail(u"The request timed out"_s); });
 }
 
-void HttpTransfer::start(std::shared_ptr<QNetworkAccessManager> manager, const QSslConfiguration& tls)
+void HttpTransfer::start(std::shared_ptr<QNetworkAccessManager> manager, std::shared_ptr<const QSslConfiguration> tls)
 {
     m_manager = std::move(manager);
-    m_tls = tls;
+    m_tls = std::move(tls);
     if (m_request.url.scheme() != "https"_L1 && m_request.url.scheme() != "http"_L1)
         return fail(u"Only https and http addresses can be reached"_s);
     m_deadline.start(m_request.timeout);
@@ -100,7 +100,7 @@ void HttpTransfer::fail(const QString& description)
 
 void HttpTransfer::sendRequest()
 {
-    const QNetworkRequest request = networkRequest(m_request, m_tls);
+    const QNetworkRequest request = networkRequest(m_request, *m_tls);
     if (m_request.body) {
         auto* body = new SingleUseBody(*m_request.body, nullptr);
         m_reply = m_manager->sendCustomRequest(request, m_request.method, body);

@@ -24,7 +24,7 @@ public:
     explicit HttpTransfer(HttpRequest request);
 
     /// Sends the request. The transfer holds on to `manager` until it is done.
-    void start(std::shared_ptr<QNetworkAccessManager> manager, const QSslConfiguration& tls);
+    void start(std::shared_ptr<QNetworkAccessManager> manager, std::shared_ptr<const QSslConfiguration> tls);
 
     /// Ends the transfer as a failure with `description`, unless it is done.
     void fail(const QString& description);
@@ -42,8 +42,8 @@ private:
     HttpRequest m_request;
     QTimer m_deadline; ///< for the whole, redirects included
     std::shared_ptr<QNetworkAccessManager> m_manager;
-    QSslConfiguration m_tls;
-    QNetworkReply* m_reply = nullptr; ///< owned by the manager until it is let go
+    std::shared_ptr<const QSslConfiguration> m_tls; ///< null until the start: even an empty one loads the TLS library
+    QNetworkReply* m_reply = nullptr;               ///< owned by the manager until it is let go
     int m_redirects = 0;
     bool m_isDone = false;
 };

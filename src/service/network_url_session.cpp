@@ -61,16 +61,16 @@ std::shared_ptr<QNetworkAccessManager> makeManager(QObject* owner)
             } };
 }
 
-QSslConfiguration makeTls(const QList<QSslCertificate>& extraAuthorities)
+std::shared_ptr<const QSslConfiguration> makeTls(const QList<QSslCertificate>& extraAuthorities)
 {
-    QSslConfiguration tls = QSslConfiguration::defaultConfiguration();
-    tls.setPeerVerifyMode(QSslSocket::VerifyPeer);
+    auto tls = std::make_shared<QSslConfiguration>(QSslConfiguration::defaultConfiguration());
+    tls->setPeerVerifyMode(QSslSocket::VerifyPeer);
     if (extraAuthorities.isEmpty())
         return tls;
     // Naming any authority ends the look-up of the system's as they are needed: then all of them must be named. They
     // are listed once for each name that their file has.
     const QList<QSslCertificate> all = QSslConfiguration::systemCaCertificates() + extraAuthorities;
-    tls.setCaCertificates(QSet<QSslCertificate>(all.begin(), all.end()).values());
+    tls->setCaCertificates(QSet<QSslCertificate>(all.begin(), all.end()).values());
     return tls;
 }
 
@@ -79,7 +79,7 @@ QSslConfiguration makeTls(const QList<QSslCertificate>& extraAuthorities)
 /// The part of the session that lives in its thread: starts the transfers and owns them.
 class NetworkUrlSession::Worker : public QObject {
 public:
-    Worker(QList<QSslCertificate> extraAuthorities, WallClock now) : m_extraAuthorities(std::move(extraAuthorities)), m_now(std::move(now)) { }
+    Worker(Authorities extraAuthorities, WallClock now) : m_extraAuthorities(std::move(extraAuthorities)), m_now(std::move(now)) { }
 
     void start(HttpTransfer* transfer)
     {
@@ -106,20 +106,19 @@ private:
         m_lastUse = now;
         if (m_manager && isFresh)
             return;
-        if (!m_manager)
-            m_tls = makeTls(m_extraAuthorities);
+        if (!m_tls)
+            m_tls = makeTls(m_extraAuthorities ? m_extraAuthorities() : QList<QSslCertificate>());
         m_manager = makeManager(this);
     }
 
-    QList<QSslCertificate> m_extraAuthorities;
+    Authorities m_extraAuthorities;
     WallClock m_now;
     std::chrono::system_clock::time_point m_lastUse;
-    QSslConfiguration m_tls;
+    std::shared_ptr<const QSslConfiguration> m_tls;   ///< made for the first request, in this thread: it loads the TLS library
     std::shared_ptr<QNetworkAccessManager> m_manager; ///< made for the first request; old ones live on in their transfers
 };
 
-NetworkUrlSession::NetworkUrlSession(QList<QSslCertificate> extraAuthorities, WallClock now)
-    : m_worker(new Worker(std::move(extraAuthorities), std::move(now)))
+NetworkUrlSession::NetworkUrlSession(Authorities extraAuthorities, WallClock now) : m_worker(new Worker(std::move(extraAuthorities), std::move(now)))
 {
     m_thread.setObjectName(u"url-session"_s);
     m_worker->moveToThread(&m_thread);

@@ -22,10 +22,12 @@ class HttpTransfer;
 class NetworkUrlSession final : public UrlSession {
 public:
     using WallClock = std::function<std::chrono::system_clock::time_point()>;
+    using Authorities = std::function<QList<QSslCertificate>()>;
 
-    /// `extraAuthorities` are trusted beside the system's. `now` is called in the session's thread; it must go on while
-    /// the machine sleeps.
-    explicit NetworkUrlSession(QList<QSslCertificate> extraAuthorities = {}, WallClock now = std::chrono::system_clock::now);
+    /// What `extraAuthorities` returns, if it is given, is trusted beside the system's. It is asked once, for the first
+    /// request: reading certificates takes longer than showing a window. `now` must go on while the machine sleeps. Both
+    /// are called in the session's thread.
+    explicit NetworkUrlSession(Authorities extraAuthorities = nullptr, WallClock now = std::chrono::system_clock::now);
 
     /// Ends what is under way: each such request completes with a TransportError. Does not wait for any network.
     ~NetworkUrlSession() override;

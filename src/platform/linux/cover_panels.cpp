@@ -13,7 +13,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-/// After the program's start: late enough not to delay its own window, early enough for any user.
+/// From when events are handled: late enough not to delay the program's own window, early enough for any user.
 constexpr auto untilSpareWindow = 150ms;
 
 class CoverPanel final : public OverlayPanel {
@@ -33,9 +33,12 @@ private:
 
 CoverPanels::CoverPanels(MakeWindow makeWindow) : m_makeWindow(std::move(makeWindow))
 {
-    QTimer::singleShot(untilSpareWindow, this, [this] {
-        if (m_made == 0)
-            makeSpareWindow();
+    // Counted from the first event: a start that takes longer would find the time passed, and the window waiting for it.
+    QTimer::singleShot(0, this, [this] {
+        QTimer::singleShot(untilSpareWindow, this, [this] {
+            if (m_made == 0)
+                makeSpareWindow();
+        });
     });
 }
 

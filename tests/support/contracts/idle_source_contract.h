@@ -18,7 +18,7 @@ class IdleSourceContract : public QObject {
 protected:
     virtual std::unique_ptr<IdleSource> makeSource() = 0;
 
-    /// The user touches an input device. Done when this returns.
+    /// The user touches an input device. A desktop may hear of it a little later.
     virtual void touch() = 0;
 
     /// Lets time pass, where it does not by itself.
@@ -49,7 +49,7 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(latest(*source) >= 1, 20'000);
         const double before = latest(*source);
         touch();
-        QVERIFY(latest(*source) < before);
+        QTRY_VERIFY_WITH_TIMEOUT(latest(*source) < before, 20'000);
     }
 
     void itNeverExceedsTheTimeThatHasPassed()
@@ -58,9 +58,11 @@ private Q_SLOTS:
         QElapsedTimer passed;
         passed.start();
         touch();
-        const double idle = latest(*source);
-        QVERIFY(idle >= 0);
-        QVERIFY(idle <= static_cast<double>(passed.nsecsElapsed()) / 1e9 + 0.01);
+        const auto isWithin = [&] {
+            const double idle = latest(*source);
+            return idle >= 0 && idle <= static_cast<double>(passed.nsecsElapsed()) / 1e9 + 0.01;
+        };
+        QTRY_VERIFY_WITH_TIMEOUT(isWithin(), 20'000);
     }
 };
 

@@ -68,8 +68,12 @@ class TestNetworkUrlSession : public QObject {
 
 private:
     TestAuthority m_authority;
-    std::unique_ptr<NetworkUrlSession> m_session
-        = std::make_unique<NetworkUrlSession>(QList { m_authority.certificate() }); ///< of every test that needs none of its own
+    std::unique_ptr<NetworkUrlSession> m_session = std::make_unique<NetworkUrlSession>(authorities()); ///< of every test that needs none of its own
+
+    [[nodiscard]] NetworkUrlSession::Authorities authorities() const
+    {
+        return [certificate = m_authority.certificate()] { return QList { certificate }; };
+    }
 
     /// Sends one request and runs the event loop until it is answered.
     UrlResult exchange(UrlSession& session, HttpRequest request)
@@ -399,7 +403,7 @@ private Q_SLOTS:
         QFETCH(const int, handshakes);
         std::atomic<std::chrono::seconds> sinceEpoch = 1'000'000s;
         HttpsTestServer server(m_authority.issue(), always(answer(200)));
-        NetworkUrlSession session({ m_authority.certificate() }, [&] { return std::chrono::system_clock::time_point(sinceEpoch.load()); });
+        NetworkUrlSession session(authorities(), [&] { return std::chrono::system_clock::time_point(sinceEpoch.load()); });
         QVERIFY(exchange(session, get(server.url())).has_value());
         sinceEpoch = sinceEpoch.load() + std::chrono::seconds(seconds);
         QVERIFY(exchange(session, get(server.url())).has_value());
@@ -601,7 +605,7 @@ private Q_SLOTS:
         std::vector<UrlResult> results;
         QObject context;
         {
-            NetworkUrlSession session({ m_authority.certificate() });
+            NetworkUrlSession session(authorities());
             for (int i = 0; i < 3; ++i)
                 session.send(i == 1 ? post(server.url()) : get(server.url()), &context,
                     [&results](UrlResult result) { results.push_back(std::move(result)); });
@@ -621,7 +625,7 @@ private Q_SLOTS:
         QObject context;
         constexpr int rounds = 20;
         for (int i = 0; i < rounds; ++i) {
-            NetworkUrlSession session({ m_authority.certificate() });
+            NetworkUrlSession session(authorities());
             session.send(i % 2 ? post(server.url()) : get(server.url()), &context, [&answered](const UrlResult&) { ++answered; });
             // Each round gets a little further: not sent, connecting, shaking hands, under way, done.
             for (int turn = 0; turn < 3 * i; ++turn)

@@ -53,7 +53,7 @@ public:
 private:
     TestAuthority m_authority;
     HttpsTestServer m_server { m_authority.issue(), [](const ReceivedRequest&) { return std::nullopt; } };
-    NetworkUrlSession m_session { { m_authority.certificate() } };
+    NetworkUrlSession m_session { [certificate = m_authority.certificate()] { return QList { certificate }; } };
 };
 
 /// A thread with an event loop and an object that lives in it.

@@ -15,8 +15,9 @@ const INTERFACE = `
   </interface>
 </node>`;
 
+// A new window is known before it is shown, and takes the focus when it is.
 function windows() {
-    return global.get_window_actors().map(actor => actor.meta_window);
+    return global.get_window_actors().filter(actor => actor.visible || actor.meta_window.minimized).map(actor => actor.meta_window);
 }
 
 class Driver {
