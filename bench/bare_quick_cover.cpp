@@ -1,15 +1,21 @@
 // The least Qt Quick cover: a full-screen window of two rectangles, made before it is needed, that the window manager
 // knows. It tells what the toolkit adds to bare_cover.
 //
-//   bare_quick_cover CLASS
+//   bare_quick_cover --blocked CLASS
+//   bare_quick_cover --told PIPE
 //
-// It prints "ready" when it watches, and runs until it is ended.
+// It covers windows of that class, or shows and hides itself as it is told (see told.h). It prints "ready" when it watches, and
+// runs until it is ended.
+
+#include "display.h"
+#include "told.h"
 
 #include <QAbstractNativeEventFilter>
 #include <QGuiApplication>
 #include <QQmlComponent>
 #include <QQmlEngine>
 #include <QQuickWindow>
+#include <QSocketNotifier>
 
 #include <array>
 #include <cstdio>
@@ -20,19 +26,15 @@
 
 #include <xcb/xcb.h>
 
-namespace {
+using namespace orvanta::bench;
 
-struct XcbFree {
-    void operator()(void* memory) const { std::free(memory); }
-};
-template <typename T>
-using XcbPtr = std::unique_ptr<T, XcbFree>;
+namespace {
 
 class Watch : public QAbstractNativeEventFilter {
 public:
-    Watch(QQuickWindow& cover, std::string_view blockedClass)
+    Watch(QQuickWindow& cover, std::string blockedClass)
         : m_cover(cover)
-        , m_blockedClass(blockedClass)
+        , m_blockedClass(std::move(blockedClass))
         , m_connection(qGuiApp->nativeInterface<QNativeInterface::QX11Application>()->connection())
         , m_root(xcb_setup_roots_iterator(xcb_get_setup(m_connection)).data->root)
         , m_activeWindow(atom("_NET_ACTIVE_WINDOW"))
@@ -57,6 +59,14 @@ public:
         if (change->window == m_root && change->atom == m_activeWindow)
             consider();
         return false;
+    }
+
+    void show()
+    {
+        m_cover.showFullScreen();
+        tell(m_state, { 1, m_above, m_fullScreen, 2 });
+        tell(m_activeWindow, { 2, XCB_CURRENT_TIME, 0, 0 });
+        xcb_flush(m_connection);
     }
 
 private:
@@ -89,14 +99,6 @@ private:
             m_cover.hide();
     }
 
-    void show()
-    {
-        m_cover.showFullScreen();
-        tell(m_state, { 1, m_above, m_fullScreen, 2 });
-        tell(m_activeWindow, { 2, XCB_CURRENT_TIME, 0, 0 });
-        xcb_flush(m_connection);
-    }
-
     void tell(xcb_atom_t type, const std::array<std::uint32_t, 4>& numbers) const
     {
         xcb_client_message_event_t message {};
@@ -110,7 +112,7 @@ private:
     }
 
     QQuickWindow& m_cover;
-    std::string_view m_blockedClass;
+    std::string m_blockedClass;
     xcb_connection_t* m_connection;
     xcb_window_t m_root;
     xcb_atom_t m_activeWindow, m_state, m_above, m_fullScreen;
@@ -120,10 +122,6 @@ private:
 
 int main(int argc, char** argv)
 {
-    if (argc != 2) {
-        std::fputs("bare_quick_cover: which class is blocked?\n", stderr);
-        return 2;
-    }
     QGuiApplication application(argc, argv);
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
     QQmlEngine engine;
@@ -140,8 +138,18 @@ int main(int argc, char** argv)
     auto* window = qobject_cast<QQuickWindow*>(made.get());
     if (!window)
         return EXIT_FAILURE;
-    Watch watch(*window, argv[1]);
-    application.installNativeEventFilter(&watch);
+    Watch watch(*window, option(argc, argv, "blocked", "blocked"));
+    std::optional<Told> told;
+    std::optional<QSocketNotifier> notifier;
+    if (const std::string pipe = option(argc, argv, "told", ""); pipe.empty()) {
+        application.installNativeEventFilter(&watch);
+    } else {
+        notifier.emplace(told.emplace(pipe).descriptor(), QSocketNotifier::Read);
+        QObject::connect(&*notifier, &QSocketNotifier::activated, window, [&] {
+            if (const auto isToBeShown = told->take())
+                *isToBeShown ? watch.show() : window->hide();
+        });
+    }
     std::puts("ready");
     std::fflush(stdout);
     return QGuiApplication::exec();

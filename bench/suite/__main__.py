@@ -18,5 +18,6 @@ parser.add_argument("--count", type=int, default=0)
 options = parser.parse_args()
 notes = []
 options.note = notes.append
-rows = importlib.import_module(f"suite.{options.name}").measure(options)
+module = "wayland" if options.name in ("sway", "kwin", "gnome") else options.name
+rows = importlib.import_module(f"suite.{module}").measure(options)
 options.file.write_text(json.dumps({"rows": [asdict(row) for row in rows], "notes": notes}))

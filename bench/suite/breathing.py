@@ -75,7 +75,8 @@ def measure(options):
         used, server, frames = _cost(covered.program.pid, seconds, lambda: _painted(covered, seconds))
         rows.append(Row(f"breathing screen, {scene.tool('xdotool', 'getdisplaygeometry').replace(' ', 'x')}, over {seconds} s", f"{used:.1f} % of a core",
                         aim=f"<= {AIM:.0f} %", reached=used <= AIM))
-        options.note(f"breathing: {frames / seconds:.1f} frames/s; the X server uses {server:.1f} % of a core meanwhile")
+        rows.append(Row("the X server meanwhile", f"{server:.1f} % of a core"))
+        options.note(f"breathing: {frames / seconds:.1f} frames/s")
         covered.hide()
         hidden_use, _, _ = _cost(covered.program.pid, seconds, lambda: time.sleep(seconds))
         options.note(f"breathing: hidden, {hidden_use:.2f} % of a core")

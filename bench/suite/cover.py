@@ -1,6 +1,6 @@
 """From the activation of a blocked application to the painted cover."""
 from . import scene
-from .table import Row, median
+from .table import Row, median, summary
 
 FRAME = 1000 / 60  # ms that one picture of a common display stands
 AIM_MEDIAN = 6.0  # ms
@@ -11,14 +11,10 @@ def _probe(count, *options):
     return [line["active"] for line in lines if "active" in line], lines[-1]["look_us"]
 
 
-def _text(values):
-    return f"{median(values):.1f} / {max(values):.1f} ms"
-
-
 def _row(work, ours, peer, limit):
     within = sum(value <= FRAME for value in ours)
     return Row(
-        work, _text(ours), _text(peer), _text(limit),
+        work, summary(ours), summary(peer), summary(limit),
         f"{median(ours) / median(peer):.2f} / {median(ours) / median(limit):.2f}",
         f"<= {AIM_MEDIAN:.0f} / {FRAME:.1f} ms ({within} of {len(ours)} within a frame)",
         median(ours) <= AIM_MEDIAN and max(ours) <= FRAME,
@@ -43,11 +39,11 @@ def measure(options):
                 values, look = _probe(count // 4, *extra)
             ours += values
             looks.append(look)
-            quick += _bare("bare_quick_cover", [scene.BLOCKED], count // 4, *extra)
+            quick += _bare("bare_quick_cover", ["--blocked", scene.BLOCKED], count // 4, *extra)
             managed += _bare("bare_cover", ["--blocked", scene.BLOCKED], count // 4, *extra)
             bypassing += _bare("bare_cover", ["--blocked", scene.BLOCKED, "--override-redirect"], count // 4, *extra)
-        rows.append(_row(f"activation to painted cover{work} (median / worst of {len(ours)})", ours, quick, managed))
-        options.note(f"cover{work}: without the window manager, plain X requests: {_text(bypassing)}; one look of the probe takes {median(looks):.0f} µs, "
+        rows.append(_row(f"activation to painted cover{work} (median / 95 % / worst of {len(ours)})", ours, quick, managed))
+        options.note(f"cover{work}: without the window manager, plain X requests: {summary(bypassing)}; one look of the probe takes {median(looks):.0f} µs, "
                      "and there is a tenth of a millisecond between two")
 
     # The first after a start, each time a new start. The second activation of the same start is not looked at.
@@ -56,11 +52,11 @@ def measure(options):
     for _ in range(starts):
         with scene.focus("--focus-active", close_window=True):
             first += _probe(1)[0]
-        first_quick += _bare("bare_quick_cover", [scene.BLOCKED], 1)
+        first_quick += _bare("bare_quick_cover", ["--blocked", scene.BLOCKED], 1)
         first_managed += _bare("bare_cover", ["--blocked", scene.BLOCKED], 1)
-    rows.append(_row(f"the first cover after a start (median / worst of {starts})", first, first_quick, first_managed))
+    rows.append(_row(f"the first cover after a start (median / 95 % / worst of {starts})", first, first_quick, first_managed))
 
     with scene.focus("--focus-active"):
         opened = _probe(count // 2)[0]
-    rows.append(Row(f"activation to painted cover while our own window breathes (median / worst of {len(opened)})", _text(opened)))
+    rows.append(Row(f"activation to painted cover while our own window breathes (median / 95 % / worst of {len(opened)})", summary(opened)))
     return rows

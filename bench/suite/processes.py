@@ -99,6 +99,14 @@ class Watch:
         return (cpu(self.root) - begin_cpu) * 60 / elapsed, wakeups / elapsed
 
 
+def put_first(pid):
+    """What only looks at a clock gets the processor before what it measures, where we may say so."""
+    try:
+        os.setpriority(os.PRIO_PROCESS, pid, -15)
+    except PermissionError:
+        pass
+
+
 def load():
     """How many tasks ran or wanted to, on average over the last minute."""
     return os.getloadavg()[0]

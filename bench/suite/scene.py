@@ -132,18 +132,24 @@ def visible(program):
     return windows("--pid", str(program.pid))
 
 
+def _close(program):
+    for window in visible(program):
+        tool("wmctrl", "-i", "-c", hex(window))
+
+
 @contextmanager
-def focus(*arguments, close_window=False, environment=None, origin="http://127.0.0.1:9"):
-    """Our application, settled, with BLOCKED on its list; with its window open, or closed by the user."""
+def focus(*arguments, close_window=False, environment=None, origin="http://127.0.0.1:9", shown=visible, close=_close):
+    """Our application, settled, with BLOCKED on its list; with its window open, or closed by the user. `shown` gives the windows that a
+    program shows on this desktop, `close` closes them."""
     with tempfile.TemporaryDirectory(prefix="synced-", dir=os.environ["HOME"]) as synced:
         blocked = [{"bundleIdentifier": f"{BLOCKED}.desktop", "displayName": "Blocked"}]
         Path(synced, "orvanta-focus.json").write_text(json.dumps({"blockedDomains": [], "blockedApplications": json.dumps(blocked)}))
         variables = {"ORVANTA_CLOUD_DIRECTORY": synced, "ORVANTA_SERVICE_ORIGIN": origin, **(environment or {})}
         with running(BIN / "orvanta-focus", *arguments, environment=variables) as program:
-            window = until(lambda: visible(program), "the window is there")[0]
+            until(lambda: shown(program), "the window is there")
             if close_window:
                 # Once it listens; a window that is closed while it comes up stays.
-                until(lambda: tool("wmctrl", "-i", "-c", hex(window)) == "" and not visible(program), "the window is closed")
+                until(lambda: not shown(program) or close(program), "the window is closed")
             settle(program.pid)
             yield program
 

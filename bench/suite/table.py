@@ -1,4 +1,5 @@
 """The table that script/bench prints."""
+import math
 import statistics
 from dataclasses import asdict, dataclass
 
@@ -35,6 +36,12 @@ def render(rows):
 
 def median(values):
     return statistics.median(values)
+
+
+def summary(values):
+    """Median, 95 % and worst of times in ms."""
+    ninety_five = sorted(values)[math.ceil(0.95 * len(values)) - 1]
+    return f"{median(values):.1f} / {ninety_five:.1f} / {max(values):.1f} ms"
 
 
 def spread(values):

@@ -9,12 +9,21 @@
 
 namespace orvanta::testing {
 
-/// The least that a panel can show: an item that runs its action on Return.
+/// The least that a panel can show: an item that runs its action on Return, and counts how often it was painted.
 class KeyItem : public QQuickItem {
 public:
+    KeyItem() { setFlag(ItemHasContents); }
+
     std::optional<Callback<>> acknowledge;
+    int painted = 0;
 
 protected:
+    QSGNode* updatePaintNode(QSGNode* node, UpdatePaintNodeData* /*data*/) override
+    {
+        ++painted;
+        return node;
+    }
+
     void keyPressEvent(QKeyEvent* event) override
     {
         if (event->key() == Qt::Key_Return && acknowledge)

@@ -5,14 +5,27 @@
 #include <QQuickItem>
 
 #include <algorithm>
+#include <chrono>
 #include <utility>
 
 namespace orvanta {
+
+using namespace std::chrono_literals;
+
+namespace {
+
+/// After the window was hidden: what the user has turned to comes first.
+constexpr auto untilPaintedAhead = 150ms;
+
+} // namespace
 
 CoverWindow::CoverWindow(OverlayContentFactory& contents) : m_contents(contents)
 {
     setTitle(QGuiApplication::applicationDisplayName());
     setColor(Qt::black); // until the screen is painted
+    m_paintAhead.setSingleShot(true);
+    m_paintAhead.setInterval(untilPaintedAhead);
+    connect(&m_paintAhead, &QTimer::timeout, this, &CoverWindow::paintAhead);
     connect(qGuiApp, &QGuiApplication::screenAdded, this, &CoverWindow::followDisplays, Qt::QueuedConnection);
     connect(qGuiApp, &QGuiApplication::screenRemoved, this, &CoverWindow::followDisplays, Qt::QueuedConnection);
 }
@@ -40,6 +53,7 @@ void CoverWindow::moveTo(const QRect& frame)
 
 void CoverWindow::setContent(std::optional<Callback<>> acknowledge)
 {
+    m_paintAhead.stop();
     dropContent();
     m_content = m_nextContent ? std::move(m_nextContent) : makeContent();
     m_content->setAcknowledge(std::move(acknowledge));
@@ -87,10 +101,6 @@ std::unique_ptr<OverlayContent> CoverWindow::makeContent()
 {
     auto content = m_contents.make();
     content->item().setSize(size());
-    // A window without a screen may have it at once, which settles all that depends on the window; where there is one, also
-    // in a window that is hidden only on its way to another display, it would take the keyboard from it.
-    if (!isVisible() && !m_content)
-        content->item().setParentItem(contentItem());
     return content;
 }
 
@@ -98,6 +108,21 @@ void CoverWindow::prepareContent()
 {
     if (!m_nextContent)
         m_nextContent = makeContent();
+    // A window without a screen may have it at once, which settles all that depends on the window; where there is one, also
+    // in a window that is hidden only on its way to another display, it would take the keyboard from it.
+    if (isVisible() || m_content)
+        return;
+    m_nextContent->item().setParentItem(contentItem());
+    m_paintAhead.start();
+}
+
+/// A first picture costs the most: its memory, the pictures and letters that it is made of, all of the display. Painted while nobody waits,
+/// it needs little more than to be shown. Graphics hardware paints into nothing but a window that is shown, and is quick.
+void CoverWindow::paintAhead()
+{
+    if (isVisible() || !handle() || !m_nextContent || rendererInterface()->graphicsApi() != QSGRendererInterface::Software)
+        return;
+    static_cast<void>(grabWindow());
 }
 
 } // namespace orvanta

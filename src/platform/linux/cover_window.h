@@ -5,13 +5,14 @@
 #include <QPointer>
 #include <QQuickWindow>
 #include <QScreen>
+#include <QTimer>
 
 #include <memory>
 
 namespace orvanta {
 
-/// One cover on one display, whatever the window system: holds the screen that it shows and the next one, made ahead of
-/// need, and does not let itself be closed. How it comes above everything is for whoever derives from it.
+/// One cover on one display, whatever the window system: holds the screen that it shows and the next one, made and painted ahead
+/// of need, and does not let itself be closed. How it comes above everything is for whoever derives from it.
 class CoverWindow : public QQuickWindow {
     Q_OBJECT
 
@@ -42,6 +43,7 @@ protected:
     /// Displays came, went or changed. Called from the event loop.
     virtual void followDisplays() = 0;
 
+    /// Makes the next screen. While the window is hidden, it also paints it soon.
     void prepareContent();
     void dropContent();
     void fit();
@@ -51,12 +53,14 @@ protected:
 
 private:
     [[nodiscard]] std::unique_ptr<OverlayContent> makeContent();
+    void paintAhead();
 
     OverlayContentFactory& m_contents;
     QRect m_frame;
     QPointer<QScreen> m_display;
     std::unique_ptr<OverlayContent> m_content;
     std::unique_ptr<OverlayContent> m_nextContent;
+    QTimer m_paintAhead;
 };
 
 } // namespace orvanta

@@ -93,7 +93,36 @@ private:
     PanelWindows m_panelWindows;
     X11TestClient m_client;
 
+    /// What the next cover to be shown will show, while that is hidden.
+    [[nodiscard]] static KeyItem* nextItem()
+    {
+        for (QQuickWindow* cover : covers())
+            for (QQuickItem* item : cover->contentItem()->childItems())
+                if (auto* content = dynamic_cast<KeyItem*>(item); content && content->isVisible() && !cover->isVisible())
+                    return content;
+        return nullptr;
+    }
+
 private Q_SLOTS:
+    void theNextScreenIsPaintedWhileNothingIsShown()
+    {
+        const auto panels = makePanels();
+        const auto panel = panels->make();
+        QTRY_VERIFY_WITH_TIMEOUT(nextItem() && nextItem()->painted == 1, patience);
+        QCOMPARE(shownPanels(), 0);
+
+        KeyItem* first = nextItem();
+        panel->setFrame(display());
+        panel->setContent([] { });
+        panel->orderFront();
+        QTRY_VERIFY_WITH_TIMEOUT(!defect(), patience);
+        QCOMPARE(shownItem(), first);
+
+        panel->orderOut();
+        QTRY_VERIFY_WITH_TIMEOUT(nextItem() && nextItem()->painted == 1, patience);
+        QCOMPARE(shownPanels(), 0);
+    }
+
     void coversAFullScreenClientThatHasTheKeyboard()
     {
         const xcb_window_t game = m_client.show({ .instanceName = "game", .className = "Game" });
