@@ -24,9 +24,15 @@ class Interrupted(WaylandScene):
         self.desktop.activate(editor.pid)
         self.assert_covered(focus)
         self.press_return_on_cover(focus)
-        # The cover that goes gives the front to some window, in its own time.
-        until(lambda: self.desktop.is_in_front(calculator.pid) or self.desktop.activate(calculator.pid), "the calculator is in front")
+        self.calculator = calculator
+        self.go_elsewhere(focus)
         return focus, editor
+
+    def go_elsewhere(self, focus):
+        """The cover that goes gives the front to some window, in its own time."""
+        pid = self.calculator.pid
+        until(lambda: self.desktop.is_in_front(pid) or self.desktop.activate(pid), "the calculator is in front")
+        self.assert_stays_uncovered(focus)  # the program has heard of it
 
     def assert_makes_nothing_up(self, focus):
         before = ticks(focus)
@@ -39,6 +45,7 @@ class Interrupted(WaylandScene):
         self.desktop.activate(editor.pid)
         self.assert_covered(focus)
         self.acknowledge(focus, editor)
+        self.go_elsewhere(focus)
 
 
 if COMPOSITOR == "gnome":
