@@ -4,6 +4,7 @@
 
 #include <array>
 #include <chrono>
+#include <cstddef>
 
 namespace orvanta {
 
@@ -13,6 +14,10 @@ namespace {
 
 /// How long after the presentation, or after the check before, it is looked whether the cover is shown and has the keyboard.
 constexpr std::array pauses { 250ms, 500ms, 1000ms, 2000ms, 3000ms, 3250ms };
+
+/// The check that takes a new surface where asking has not helped: one side may take the keyboard for given that the other has not
+/// seen. Once only, for the cover is gone for a moment, and a launcher above it may have the keyboard by right.
+constexpr std::size_t renewingCheck = 3;
 
 } // namespace
 
@@ -112,8 +117,12 @@ void LayerCoverWindow::check()
     if (!display() || (isExposed() && isKeyboardHere))
         return;
     if (++m_checks < pauses.size()) {
-        if (isExposed() && m_role)
+        if (isExposed() && m_checks == renewingCheck) {
+            loseRole();
+            takeRole();
+        } else if (isExposed() && m_role) {
             m_role->takeKeyboard();
+        }
         m_watch.start(pauses[m_checks]);
         return;
     }
