@@ -23,7 +23,7 @@ using namespace orvanta::bench;
 
 int main(int argc, char** argv)
 {
-    useWaylandWindows();
+    useWaylandWindows(findSessionTraits());
     QGuiApplication application(argc, argv);
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
     const auto shell = LayerShell::find();
