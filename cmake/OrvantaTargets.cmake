@@ -121,3 +121,23 @@ function(orvanta_qml_module name)
   target_include_directories(${name} PUBLIC "${CMAKE_SOURCE_DIR}/src" PRIVATE "${CMAKE_CURRENT_SOURCE_DIR}")
   target_link_libraries(${name} PUBLIC ${arg_LIBRARIES} Qt6::Qml Qt6::Quick)
 endfunction()
+
+# orvanta_wayland_protocols(NAME FILE…): the C code of these protocols as a library of its own, since our warnings are not for it;
+# the header of one is NAME-OF-THE-FILE-client.h. The caller has enabled C.
+function(orvanta_wayland_protocols name)
+  find_program(WAYLAND_SCANNER wayland-scanner REQUIRED)
+  set(generated "${CMAKE_CURRENT_BINARY_DIR}/protocols")
+  file(MAKE_DIRECTORY "${generated}")
+  set(sources "")
+  foreach(protocol IN LISTS ARGN)
+    get_filename_component(protocol_name "${protocol}" NAME_WE)
+    add_custom_command(
+      OUTPUT "${generated}/${protocol_name}-client.h" "${generated}/${protocol_name}.c"
+      COMMAND "${WAYLAND_SCANNER}" client-header "${protocol}" "${generated}/${protocol_name}-client.h"
+      COMMAND "${WAYLAND_SCANNER}" private-code "${protocol}" "${generated}/${protocol_name}.c"
+      DEPENDS "${protocol}" VERBATIM)
+    list(APPEND sources "${generated}/${protocol_name}-client.h" "${generated}/${protocol_name}.c")
+  endforeach()
+  add_library(${name} STATIC ${sources})
+  target_include_directories(${name} SYSTEM PUBLIC "${generated}")
+endfunction()
