@@ -94,15 +94,16 @@ WindowFeed* CompositorWindows::feed()
         m_later->start(0);
     else if (m_later && isSomethingMissed() && !m_later->isActive())
         m_later->start(untilNextTry);
-    else if (m_later && m_source == WindowSource::kwinScript && !m_later->isActive())
-        m_later->start(KWinFeed::untilNextLook);
 
     WindowFeed* used = nullptr;
     WindowSource source = WindowSource::none;
+    std::optional<steady_clock::time_point> next; // at which one of them has something to do
     const auto offer = [&](const auto& feed, WindowSource kind) {
         if (!feed || used)
             return;
         feed->update();
+        if (const auto own = feed->nextTry(); own && (!next || *own < *next))
+            next = own;
         if (feed->isAttached()) {
             used = feed.get();
             source = kind;
@@ -114,7 +115,7 @@ WindowFeed* CompositorWindows::feed()
     offer(m_toplevels, WindowSource::foreignToplevel);
     if (used != m_used && used)
         ++m_attachment;
-    if (const auto next = m_kwin ? m_kwin->nextTry() : std::nullopt; next && m_later && !m_later->isActive())
+    if (next && m_later && !m_later->isActive())
         m_later->start(std::max(ceil<milliseconds>(*next - steady_clock::now()), milliseconds(0)));
     m_used = used;
     if (std::exchange(m_source, source) != source && m_later)

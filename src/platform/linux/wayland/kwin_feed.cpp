@@ -22,6 +22,9 @@ namespace {
 constexpr std::chrono::seconds firstPause { 2 };
 constexpr std::chrono::seconds longestPause { 60 };
 
+/// How long the script is taken for loaded before KWin is asked again: one that somebody unloads says nothing of it.
+constexpr std::chrono::seconds untilNextLook { 5 };
+
 constexpr auto interfaceName = "com.orvanta.Focus.Windows";
 constexpr auto introspection = R"(<node><interface name="com.orvanta.Focus.Windows">
   <method name="Windows"><arg name="json" type="s" direction="in"/></method>
@@ -111,14 +114,18 @@ void KWinFeed::update()
         detach();
         if (!m_kwin.owner().empty())
             attach();
-    } else if (const auto next = nextTry(); next && steady_clock::now() >= *next) {
+    } else if (!m_attachedTo.empty() && !m_runsScript && steady_clock::now() >= m_nextTry) {
         attach();
     }
 }
 
 std::optional<steady_clock::time_point> KWinFeed::nextTry() const
 {
-    return m_attachedTo.empty() || m_runsScript ? std::nullopt : std::optional(m_nextTry);
+    if (m_attachedTo.empty())
+        return std::nullopt;
+    if (!m_runsScript)
+        return m_nextTry;
+    return m_hasTold ? std::optional(m_nextLook) : std::nullopt;
 }
 
 bool KWinFeed::isUnloaded()

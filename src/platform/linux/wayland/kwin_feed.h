@@ -19,9 +19,6 @@ namespace orvanta {
 /// again, ever more seldom.
 class KWinFeed final : public WindowFeed {
 public:
-    /// How long update() takes the script for loaded before it asks again: one that somebody unloads says nothing of it.
-    static constexpr std::chrono::seconds untilNextLook { 5 };
-
     /// `bus` outlives the feed and is dispatched by its owner.
     explicit KWinFeed(BoundedBus& bus);
     ~KWinFeed() override;
@@ -51,11 +48,11 @@ private:
     QTemporaryDir m_scripts;
     QByteArray m_objectPath; ///< of ours, where the script calls
     guint m_object = 0;
-    std::string m_attachedTo;                        ///< the unique name of the KWin that has been asked to run the script; empty if there is none
-    bool m_runsScript = false;                       ///< it has taken it
-    std::chrono::steady_clock::time_point m_nextTry; ///< of asking it, where it has not
-    std::chrono::seconds m_pause { 0 };              ///< before that
-    std::chrono::steady_clock::time_point m_nextLook;
+    std::string m_attachedTo;                         ///< the unique name of the KWin that has been asked to run the script; empty if there is none
+    bool m_runsScript = false;                        ///< it has taken it
+    std::chrono::steady_clock::time_point m_nextTry;  ///< of asking it, where it has not
+    std::chrono::seconds m_pause { 0 };               ///< before that
+    std::chrono::steady_clock::time_point m_nextLook; ///< whether it still has it
     bool m_hasTold = false;
     bool m_isHidingDone = false;
 
