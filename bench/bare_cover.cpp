@@ -17,8 +17,6 @@ using namespace orvanta::bench;
 
 namespace {
 
-constexpr Pixel gold = 0xD4A03A;
-
 class BareCover {
 public:
     BareCover(std::string blockedClass, bool isOverrideRedirect, const std::string& pipe, int width, int height)

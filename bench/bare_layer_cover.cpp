@@ -20,7 +20,6 @@ using namespace orvanta::bench;
 
 namespace {
 
-constexpr Pixel gold = 0xD4A03A;
 constexpr std::uint32_t shellVersion = 4;
 
 class BareLayerCover {

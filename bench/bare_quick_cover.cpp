@@ -7,14 +7,13 @@
 // It covers windows of that class, or shows and hides itself as it is told (see told.h). It prints "ready" when it watches, and
 // runs until it is ended.
 
+#include "bare_quick_window.h"
 #include "display.h"
 #include "told.h"
 
 #include <QAbstractNativeEventFilter>
 #include <QGuiApplication>
-#include <QQmlComponent>
 #include <QQmlEngine>
-#include <QQuickWindow>
 #include <QSocketNotifier>
 
 #include <array>
@@ -123,19 +122,8 @@ private:
 int main(int argc, char** argv)
 {
     QGuiApplication application(argc, argv);
-    QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
     QQmlEngine engine;
-    QQmlComponent component(&engine);
-    component.setData(R"(
-        import QtQuick
-        Window {
-            color: "#131A29"
-            flags: Qt.Window | Qt.FramelessWindowHint | Qt.WindowStaysOnTopHint
-            Rectangle { anchors.centerIn: parent; width: 800; height: 500; color: "#D4A03A" }
-        })",
-        QUrl());
-    const std::unique_ptr<QObject> made(component.create());
-    auto* window = qobject_cast<QQuickWindow*>(made.get());
+    const auto window = makeBareQuickWindow(engine, Qt::Window | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
     if (!window)
         return EXIT_FAILURE;
     Watch watch(*window, option(argc, argv, "blocked", "blocked"));
@@ -145,7 +133,7 @@ int main(int argc, char** argv)
         application.installNativeEventFilter(&watch);
     } else {
         notifier.emplace(told.emplace(pipe).descriptor(), QSocketNotifier::Read);
-        QObject::connect(&*notifier, &QSocketNotifier::activated, window, [&] {
+        QObject::connect(&*notifier, &QSocketNotifier::activated, window.get(), [&] {
             if (const auto isToBeShown = told->take())
                 *isToBeShown ? watch.show() : window->hide();
         });

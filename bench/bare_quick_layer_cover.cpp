@@ -5,15 +5,14 @@
 //
 // It prints "ready" when it waits to be told (see told.h), and runs until it is ended.
 
+#include "bare_quick_window.h"
 #include "display.h"
 #include "platform/linux/wayland/layer_shell.h"
 #include "platform/linux/wayland/wayland_session.h"
 #include "told.h"
 
 #include <QGuiApplication>
-#include <QQmlComponent>
 #include <QQmlEngine>
-#include <QQuickWindow>
 #include <QSocketNotifier>
 
 #include <cstdio>
@@ -25,24 +24,13 @@ int main(int argc, char** argv)
 {
     useWaylandWindows(findSessionTraits());
     QGuiApplication application(argc, argv);
-    QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
     const auto shell = LayerShell::find();
     if (!shell) {
         std::fputs("bare_quick_layer_cover: there are no layers here\n", stderr);
         return EXIT_FAILURE;
     }
     QQmlEngine engine;
-    QQmlComponent component(&engine);
-    component.setData(R"(
-        import QtQuick
-        Window {
-            color: "#131A29"
-            flags: Qt.Window | Qt.FramelessWindowHint | Qt.BypassWindowManagerHint
-            Rectangle { anchors.centerIn: parent; width: 800; height: 500; color: "#D4A03A" }
-        })",
-        QUrl());
-    const std::unique_ptr<QObject> made(component.create());
-    auto* window = qobject_cast<QQuickWindow*>(made.get());
+    const auto window = makeBareQuickWindow(engine, Qt::Window | Qt::FramelessWindowHint | Qt::BypassWindowManagerHint);
     if (!window)
         return EXIT_FAILURE;
     QScreen* screen = QGuiApplication::screenAt({ 0, 0 });
@@ -53,10 +41,10 @@ int main(int argc, char** argv)
     std::unique_ptr<LayerSurface> role;
     Told told(option(argc, argv, "told", ""));
     QSocketNotifier notifier(told.descriptor(), QSocketNotifier::Read);
-    QObject::connect(&notifier, &QSocketNotifier::activated, window, [&] {
+    QObject::connect(&notifier, &QSocketNotifier::activated, window.get(), [&] {
         const auto isToBeShown = told.take();
         if (isToBeShown && *isToBeShown && !role) {
-            role = shell->cover(*window, screen, [window] { window->show(); }, [] {});
+            role = shell->cover(*window, screen, [&window] { window->show(); }, [] {});
         } else if (isToBeShown && !*isToBeShown && role) {
             role.reset();
             window->destroy();

@@ -41,6 +41,9 @@ using Pixel = std::uint32_t;
 /// OrvantaPalette's midnight: what a blocking screen is painted with wherever nothing else stands.
 constexpr Pixel midnight = 0x131A29;
 
+/// What stands in the middle of a bare cover.
+constexpr Pixel gold = 0xD4A03A;
+
 [[nodiscard]] double milliseconds(Clock::duration duration);
 
 /// Sleeps about that long, with the kernel's slack taken away.
