@@ -6,6 +6,7 @@
 #include <QQuickItem>
 
 #include <memory>
+#include <utility>
 
 namespace orvanta::testing {
 
@@ -33,7 +34,7 @@ protected:
 
 class KeyContent : public OverlayContent {
 public:
-    KeyContent() : m_item(std::make_unique<KeyItem>()) { m_item->setFocus(true); }
+    explicit KeyContent(std::unique_ptr<KeyItem> item = std::make_unique<KeyItem>()) : m_item(std::move(item)) { m_item->setFocus(true); }
 
     [[nodiscard]] QQuickItem& item() override { return *m_item; }
     void setAcknowledge(std::optional<Callback<>> acknowledge) override { m_item->acknowledge = std::move(acknowledge); }

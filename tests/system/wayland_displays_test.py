@@ -11,17 +11,10 @@ class Displays(WaylandScene):
     def setUp(self):
         self.addCleanup(self.desktop.arrange, 1, 1)
 
-    def to_second_display(self, process):
-        self.desktop.move_to_second_display(process.pid)
-        until(lambda: self.display_of(process) == 1, lambda: f"it is on the second display: {self.desktop.windows()}")
-
-    def display_of(self, process):
-        return int(self.desktop.window(process.pid).frame[0] >= self.desktop.displays[1][0])
-
     def assert_covered_where_it_is(self, focus, process):
         until(
-            lambda: not self.faults(focus, self.display_of(process)),
-            lambda: f"display {self.display_of(process)} is covered: {self.faults(focus, self.display_of(process))}\n{self.desktop.windows()}\n{focus.output}",
+            lambda: not self.faults(focus, self.desktop.display_of(process.pid)),
+            lambda: f"display {self.desktop.display_of(process.pid)} is covered: {self.faults(focus, self.desktop.display_of(process.pid))}\n{self.desktop.windows()}\n{focus.output}",
         )
 
 
@@ -29,7 +22,7 @@ class ComingAndGoing(Displays):
     def test_a_cover_is_where_the_application_is_whatever_displays_come_and_go(self):
         editor = self.native("mousepad")
         self.bring_to_front(editor)
-        self.to_second_display(editor)
+        self.desktop.put_on_second_display(editor.pid)
         focus = self.active_focus(EDITOR)
         self.desktop.activate(editor.pid)
         self.assert_covered(focus, display=1)

@@ -4,7 +4,7 @@ import unittest
 from support import accessible
 from support.programs import Application
 from support.quiet import wait_until_quiet
-from support.scene import CALCULATOR, EDITOR
+from support.scene import EDITOR
 from support.wayland_scene import WaylandScene
 from support.waiting import until
 

@@ -10,9 +10,14 @@ WAKE_UPS = 60  # in a second; a loop that waits for nothing wakes thousands of t
 SHARE = 0.15  # of one processor
 
 
+def ticks(pid):
+    """Processor time that it has used, in the system's ticks, of which a second has a hundred."""
+    return sum(map(int, Path(f"/proc/{pid}/stat").read_text().rpartition(")")[2].split()[11:13]))
+
+
 def _measured(pid):
     """(seconds of processor time, times that a thread gave the processor up to wait), so far."""
-    seconds = sum(map(int, Path(f"/proc/{pid}/stat").read_text().rpartition(")")[2].split()[11:13])) / os.sysconf("SC_CLK_TCK")
+    seconds = ticks(pid) / os.sysconf("SC_CLK_TCK")
     waits = 0
     for task in Path(f"/proc/{pid}/task").iterdir():
         try:

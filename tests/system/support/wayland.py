@@ -45,6 +45,14 @@ class Desktop:
         own = [window for window in self.windows() if window.pid == pid]
         return bool(own) and all(window.is_hidden for window in own)
 
+    def display_of(self, pid):
+        """The number of the display that holds the application's first window."""
+        return int(self.window(pid).frame[0] >= self.displays[1][0])
+
+    def put_on_second_display(self, pid):
+        self.move_to_second_display(pid)
+        until(lambda: self.display_of(pid) == 1, lambda: f"{pid} is on the second display: {self.windows()}")
+
     def hold_keyboard(self):
         """Has the seat have a keyboard from now on, as every user's has."""
 

@@ -26,9 +26,7 @@ def obey(hands, verb, *words):
     elif verb == "hidden":
         return "yes" if hands.is_hidden(int(words[0])) else "no"
     elif verb == "second":
-        pid = int(words[0])
-        hands.move_to_second_display(pid)
-        until(lambda: hands.window(pid).frame[0] >= hands.displays[1][0], lambda: f"{pid} is on the second display: {hands.windows()}")
+        hands.put_on_second_display(int(words[0]))
     elif verb == "displays":
         hands.arrange(*(1.0 if place < int(words[0]) else None for place in range(2)))
     elif verb == "colours":

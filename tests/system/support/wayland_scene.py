@@ -3,6 +3,7 @@ import time
 
 from . import accessible
 from .covering import MIDNIGHT
+from .quiet import ticks
 from .scene import Scene
 from .waiting import BOUND, stays, until
 from .wayland import desktop
@@ -87,6 +88,11 @@ class WaylandScene(Scene):
 
     def assert_stays_uncovered(self, focus):
         stays(lambda: self.is_uncovered(focus), "no cover")
+
+    def assert_stays_uncovered_at_rest(self, focus):
+        before = ticks(focus.pid)
+        self.assert_stays_uncovered(focus)
+        self.assertLess(ticks(focus.pid) - before, 40)  # of a hundred in this second
 
     def acknowledge(self, focus, *processes):
         """Answers the cover by the keyboard; it does not return."""

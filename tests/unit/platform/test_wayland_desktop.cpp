@@ -12,6 +12,7 @@
 #include "support/contracts/script_runner_contract.h"
 #include "support/contracts/system_focus_contract.h"
 #include "support/do_not_disturb.h"
+#include "support/key_content.h"
 #include "support/wayland_hands.h"
 
 #include <QDeadlineTimer>
@@ -43,20 +44,16 @@ bool isSway()
 /// Like nothing else on these desktops.
 const QColor panelColour(200, 30, 90);
 
-/// Fills its panel with that colour, counts the keys, and runs its action on Return.
-class ColourItem : public QQuickItem {
+/// Fills its panel with that colour, and counts the keys beside what the least does.
+class ColourItem : public KeyItem {
 public:
-    ColourItem() { setFlag(ItemHasContents); }
-
-    std::optional<Callback<>> acknowledge;
     static inline int keys = 0;
 
 protected:
     void keyPressEvent(QKeyEvent* event) override
     {
         ++keys;
-        if (event->key() == Qt::Key_Return && acknowledge)
-            (*acknowledge)();
+        KeyItem::keyPressEvent(event);
     }
     QSGNode* updatePaintNode(QSGNode* node, UpdatePaintNodeData* /*data*/) override
     {
@@ -67,20 +64,9 @@ protected:
     }
 };
 
-class ColourContent : public OverlayContent {
-public:
-    ColourContent() : m_item(std::make_unique<ColourItem>()) { m_item->setFocus(true); }
-
-    [[nodiscard]] QQuickItem& item() override { return *m_item; }
-    void setAcknowledge(std::optional<Callback<>> acknowledge) override { m_item->acknowledge = std::move(acknowledge); }
-
-private:
-    std::unique_ptr<ColourItem> m_item;
-};
-
 class ColourContentFactory : public OverlayContentFactory {
 public:
-    [[nodiscard]] std::unique_ptr<OverlayContent> make() override { return std::make_unique<ColourContent>(); }
+    [[nodiscard]] std::unique_ptr<OverlayContent> make() override { return std::make_unique<KeyContent>(std::make_unique<ColourItem>()); }
 };
 
 } // namespace
