@@ -51,11 +51,15 @@ class Pages:
 
 
 def switch_accessibility_on():
-    """As a screen reader does that starts. Before the browsers do."""
-    subprocess.run(
-        ["gdbus", "call", "--session", "--dest", "org.a11y.Bus", "--object-path", "/org/a11y/bus", "--method", "org.freedesktop.DBus.Properties.Set",
-         "org.a11y.Status", "IsEnabled", "<true>"],
-        check=True, capture_output=True)
+    """As a screen reader does that starts. Before the browsers do: they look once for the bus, which its launcher starts when
+    somebody asks where it is, and until then they are sent to one that has died."""
+    for method, *arguments in [
+        ("org.freedesktop.DBus.Properties.Set", "org.a11y.Status", "IsEnabled", "<true>"),
+        ("org.a11y.Bus.GetAddress",),
+    ]:
+        subprocess.run(
+            ["gdbus", "call", "--session", "--dest", "org.a11y.Bus", "--object-path", "/org/a11y/bus", "--method", method, *arguments],
+            check=True, capture_output=True)
 
 
 def kill_accessibility_bus():

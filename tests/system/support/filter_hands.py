@@ -1,14 +1,11 @@
 """What the tests of the program's own adapters need done on the small system by somebody with more rights than they have:
 said in lines over a socket, each answered with "done". See tests/system/filter_adapters_test.py."""
 import json
-import socket
 import socketserver
 import subprocess
 import threading
 from pathlib import Path
 
-from . import small_system
-from .filtered import NAME
 from .small_system import SERVICE, systemctl
 from .waiting import until
 
