@@ -5,7 +5,7 @@ import sys
 import time
 
 from . import scene
-from .table import Row, median
+from .table import Row
 
 AIM_PROCESSES = 0.25  # x ps
 AIM_WINDOWS = 0.1  # x wmctrl
