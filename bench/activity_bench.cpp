@@ -11,39 +11,21 @@
 
 #include "activity/activity_monitor.h"
 #include "activity/agent_activity_detector.h"
+#include "figures.h"
 #include "platform/linux/proc_process_lister.h"
 #include "platform/linux/x11_running_applications.h"
 #include "platform/platform.h"
 
 #include <QGuiApplication>
 
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <ctime>
 #include <functional>
 #include <string_view>
 #include <vector>
 
 using namespace orvanta;
-
-namespace {
-
-double microseconds(clockid_t clock)
-{
-    timespec now {};
-    clock_gettime(clock, &now);
-    return 1e6 * static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) / 1000;
-}
-
-double median(std::vector<double> values)
-{
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::ranges::nth_element(values, middle);
-    return *middle;
-}
-
-} // namespace
+using namespace orvanta::bench;
 
 int main(int argc, char** argv)
 {
@@ -77,10 +59,10 @@ int main(int argc, char** argv)
     std::vector<double> cpu;
     std::vector<double> wall;
     for (int i = 0; i < count; ++i) {
-        const double cpuStart = microseconds(CLOCK_PROCESS_CPUTIME_ID);
+        const double cpuStart = cpuMicroseconds();
         const double wallStart = microseconds(CLOCK_MONOTONIC);
         work();
-        cpu.push_back(microseconds(CLOCK_PROCESS_CPUTIME_ID) - cpuStart);
+        cpu.push_back(cpuMicroseconds() - cpuStart);
         wall.push_back(microseconds(CLOCK_MONOTONIC) - wallStart);
     }
     std::printf("{\"cpu_us\": %.1f, \"wall_us\": %.1f, \"round_trips\": %.2f}\n", median(cpu), median(wall),

@@ -12,6 +12,7 @@
 //   entering  bundles: the folders are walked through, with everything inside the bundles
 
 #include "blocking/installed_application_catalog.h"
+#include "figures.h"
 #include "platform/linux/desktop_application_folders.h"
 #include "platform/portable/bundle_folders.h"
 
@@ -24,7 +25,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <ctime>
 #include <dirent.h>
 #include <fcntl.h>
 #include <functional>
@@ -37,23 +37,10 @@
 #include <gio/gdesktopappinfo.h>
 
 using namespace orvanta;
+using namespace orvanta::bench;
 using namespace Qt::StringLiterals;
 
 namespace {
-
-double cpuMilliseconds()
-{
-    timespec now {};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
-    return 1000.0 * static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) / 1e6;
-}
-
-double median(std::vector<double> values)
-{
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::ranges::nth_element(values, middle);
-    return *middle;
-}
 
 [[noreturn]] void fail(const char* reason)
 {

@@ -10,6 +10,7 @@
 //   sort    one addition by appending, sorting and dropping what stands twice, to a list that is held as well
 
 #include "app/policy/blocked_domains.h"
+#include "figures.h"
 
 #include <QString>
 #include <QStringList>
@@ -17,28 +18,14 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <ctime>
 #include <random>
 #include <vector>
 
 using namespace orvanta;
+using namespace orvanta::bench;
 using namespace Qt::StringLiterals;
 
 namespace {
-
-double cpuMilliseconds()
-{
-    timespec now {};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
-    return 1000.0 * static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) / 1e6;
-}
-
-double median(std::vector<double> values)
-{
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::ranges::nth_element(values, middle);
-    return *middle;
-}
 
 QString someDomain(std::mt19937& random)
 {

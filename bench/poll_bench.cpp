@@ -7,6 +7,7 @@
 // "cpu_us" and "polls"; CPU time of all threads, without the first requests.
 // Ends with status 1 if a poll fails.
 
+#include "figures.h"
 #include "service/focus_api_client.h"
 #include "service/network_url_session.h"
 
@@ -18,23 +19,16 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <ctime>
 #include <functional>
 #include <memory>
 
 using namespace orvanta;
+using namespace orvanta::bench;
 using namespace Qt::StringLiterals;
 
 namespace {
 
 constexpr int unmeasured = 5; // first requests: threads, certificates, a connection
-
-double cpuMicroseconds()
-{
-    timespec now {};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
-    return 1e6 * static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) / 1000;
-}
 
 QList<QSslCertificate> authorities()
 {

@@ -5,11 +5,11 @@
 // Prints {"port": N}, then, for each line that it reads, one with "cpu_us", the CPU time of all its threads so far, and
 // "requests", the posts that it accepted. Ends with its standard input.
 
+#include "figures.h"
 #include "harness/local_lifecycle_receiver.h"
 
 #include <atomic>
 #include <cstdio>
-#include <ctime>
 #include <iostream>
 #include <string>
 
@@ -23,10 +23,7 @@ int main()
     std::printf("{\"port\": %u}\n", unsigned { receiver.port() });
     std::fflush(stdout);
     for (std::string line; std::getline(std::cin, line);) {
-        timespec now {};
-        clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
-        std::printf("{\"cpu_us\": %.1f, \"requests\": %lu}\n", 1e6 * static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) / 1000,
-            requests.load());
+        std::printf("{\"cpu_us\": %.1f, \"requests\": %lu}\n", bench::cpuMicroseconds(), requests.load());
         std::fflush(stdout);
     }
     return 0;

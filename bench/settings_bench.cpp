@@ -11,6 +11,7 @@
 //   pss       MiB that the process keeps resident with the list shown
 
 #include "blocking/installed_application_catalog.h"
+#include "figures.h"
 #include "platform/linux/desktop_application_directory.h"
 #include "platform/linux/desktop_application_folders.h"
 #include "settings/application_icon_provider.h"
@@ -31,23 +32,16 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <ctime>
 #include <memory>
 
 using namespace orvanta;
+using namespace orvanta::bench;
 using namespace Qt::StringLiterals;
 
 namespace {
 
 constexpr int patience = 60'000; // ms
 constexpr int steps = 1000;
-
-double cpuMilliseconds()
-{
-    timespec now {};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
-    return 1000.0 * static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) / 1e6;
-}
 
 double residentMebibytes()
 {

@@ -5,6 +5,7 @@
 // Prints one line of JSON, all in microseconds of CPU time, medians: "ours"; "read" (reading the first mebibyte in pieces and
 // nothing else); "nlohmann" (reading it, splitting it into lines and parsing each with that library).
 
+#include "figures.h"
 #include "harness/opening_messages.h"
 #include "platform/portable/posix_file_system.h"
 
@@ -15,24 +16,18 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <ctime>
 #include <string>
+#include <utility>
 #include <vector>
 
 using namespace orvanta;
+using namespace orvanta::bench;
 using namespace Qt::StringLiterals;
 
 namespace {
 
-double cpuMicroseconds()
-{
-    timespec now {};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
-    return 1e6 * static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) / 1000;
-}
-
 template <typename Work>
-double median(int count, Work work)
+double medianTime(int count, Work work)
 {
     std::vector<double> times;
     for (int round = 0; round < count; ++round) {
@@ -40,8 +35,7 @@ double median(int count, Work work)
         work();
         times.push_back(cpuMicroseconds() - begin);
     }
-    std::ranges::sort(times);
-    return times[times.size() / 2];
+    return median(std::move(times));
 }
 
 std::size_t parsedLines(FileSystem& files, const QString& path)
@@ -77,7 +71,7 @@ int main(int argc, char** argv)
         return 2;
     }
     std::size_t used = 0; // so that no work is left out
-    const double read = median(count, [&] {
+    const double read = medianTime(count, [&] {
         used += files
                     .readPieces(path, transcriptLimit,
                         [&used](QByteArrayView piece) {
@@ -86,8 +80,8 @@ int main(int argc, char** argv)
                         })
                     .has_value();
     });
-    const double ours = median(count, [&] { used += readOpeningMessages(files, path).size(); });
-    const double parsed = median(std::max(count / 10, 3), [&] { used += parsedLines(files, path); });
+    const double ours = medianTime(count, [&] { used += readOpeningMessages(files, path).size(); });
+    const double parsed = medianTime(std::max(count / 10, 3), [&] { used += parsedLines(files, path); });
     std::printf(
         "{\"ours\": %.1f, \"read\": %.1f, \"nlohmann\": %.1f, \"messages\": %zu}\n", ours, read, parsed, readOpeningMessages(files, path).size());
     return used == 0;

@@ -49,7 +49,32 @@ class Filtered(unittest.TestCase):
         self.network.save(BLOCKED)
 
 
-class ChromiumIsFiltered(Filtered):
+class AnyBrowser:
+    """What holds for each: it knows assert_loads and assert_refused."""
+
+    def test_blocked_sites_fail_and_others_load(self):
+        for scheme in ("http", "https"):
+            for place in ("", "six."):
+                with self.subTest(scheme=scheme, place=place):
+                    self.assert_loads(f"{scheme}://{place}allowed.example/")
+                    self.assert_refused(f"{scheme}://{place}blocked.example/")
+        self.assert_refused("https://a.b.blocked.example/")
+
+    def test_a_connection_from_before_ends(self):
+        self.network.save(BLOCKED, enabled=False)
+        self.assert_loads("https://www.blocked.example/")
+        self.network.save(BLOCKED)
+        self.assert_refused("https://www.blocked.example/")
+
+    def test_a_list_may_change_while_the_browser_runs(self):
+        self.assert_loads("https://changing.example/")
+        self.network.save([*BLOCKED, "changing.example"])
+        self.assert_refused("https://changing.example/")
+        self.network.save(BLOCKED)
+        self.assert_loads("https://changing.example/")
+
+
+class ChromiumIsFiltered(AnyBrowser, Filtered):
     # Over QUIC the certificate has to be one that the browser knows by its key.
     FORCED = ("quic.blocked.example", "quic.allowed.example", "later.example")
 
@@ -81,27 +106,6 @@ class ChromiumIsFiltered(Filtered):
             return json.load(error)["value"]["message"].partition("\n")[0]
         return until(lambda: self.browser.evaluate("document.body ? document.body.innerText : ''"), f"a page for {url}").split("\n")[-1]
 
-    def test_blocked_sites_fail_and_others_load(self):
-        for scheme in ("http", "https"):
-            for place in ("", "six."):
-                with self.subTest(scheme=scheme, place=place):
-                    self.assert_loads(f"{scheme}://{place}allowed.example/")
-                    self.assert_refused(f"{scheme}://{place}blocked.example/")
-        self.assert_refused("https://a.b.blocked.example/")
-
-    def test_a_connection_from_before_ends(self):
-        self.network.save(BLOCKED, enabled=False)
-        self.assert_loads("https://www.blocked.example/")
-        self.network.save(BLOCKED)
-        self.assert_refused("https://www.blocked.example/")
-
-    def test_a_list_may_change_while_the_browser_runs(self):
-        self.assert_loads("https://changing.example/")
-        self.network.save([*BLOCKED, "changing.example"])
-        self.assert_refused("https://changing.example/")
-        self.network.save(BLOCKED)
-        self.assert_loads("https://changing.example/")
-
     def assert_loads_over_quic(self, host):
         self.browser.go(f"https://{host}/index.html")
         protocol = "performance.getEntriesByType('navigation')[0].nextHopProtocol"
@@ -123,12 +127,12 @@ class ChromiumIsFiltered(Filtered):
         self.assert_refused("https://later.example/index.html?again")
 
 
-class FirefoxIsFiltered(Filtered):
+class FirefoxIsFiltered(AnyBrowser, Filtered):
     @classmethod
     def setUpClass(cls):
         super().setUpClass()
-        names = Names(cls.network.folder.name, allowed_example=SERVER_4, blocked_example=SERVER_4, www_blocked_example=SERVER_4, changing_example=SERVER_4,
-                      six_allowed_example=SERVER_6, six_blocked_example=SERVER_6)
+        names = Names(cls.network.folder.name, allowed_example=SERVER_4, blocked_example=SERVER_4, www_blocked_example=SERVER_4, a_b_blocked_example=SERVER_4,
+                      changing_example=SERVER_4, six_allowed_example=SERVER_6, six_blocked_example=SERVER_6)
         cls.browser = Firefox(names.known_to)
         cls.addClassCleanup(cls.browser.stop)
 
@@ -138,26 +142,6 @@ class FirefoxIsFiltered(Filtered):
 
     def assert_refused(self, url):
         self.assertEqual(timed(lambda: self.browser.error_of(url)), "The connection to the server was reset while the page was loading.")
-
-    def test_blocked_sites_fail_and_others_load(self):
-        for scheme in ("http", "https"):
-            for place in ("", "six."):
-                with self.subTest(scheme=scheme, place=place):
-                    self.assert_loads(f"{scheme}://{place}allowed.example/")
-                    self.assert_refused(f"{scheme}://{place}blocked.example/")
-
-    def test_a_connection_from_before_ends(self):
-        self.network.save(BLOCKED, enabled=False)
-        self.assert_loads("https://www.blocked.example/")
-        self.network.save(BLOCKED)
-        self.assert_refused("https://www.blocked.example/")
-
-    def test_a_list_may_change_while_the_browser_runs(self):
-        self.assert_loads("https://changing.example/")
-        self.network.save([*BLOCKED, "changing.example"])
-        self.assert_refused("https://changing.example/")
-        self.network.save(BLOCKED)
-        self.assert_loads("https://changing.example/")
 
 
 class ConnectionsFromBefore(Filtered):
