@@ -95,8 +95,13 @@ xcb_window_t X11TestClient::show(const Look& look)
 {
     const xcb_window_t window = create(look);
     map(window);
-    const bool isThere = look.isOverrideRedirect ? QTest::qWaitFor([this, window] { return isViewable(window); }, patience) : waitForActive(window);
-    return isThere ? window : XCB_NONE;
+    if (look.isOverrideRedirect)
+        return QTest::qWaitFor([this, window] { return isViewable(window); }, patience) ? window : XCB_NONE;
+    if (waitForActive(window))
+        return window;
+    // A window manager that was not yet done with a window that went has given the keyboard to another one.
+    activate(window);
+    return waitForActive(window) ? window : XCB_NONE;
 }
 
 xcb_atom_t X11TestClient::atom(const QByteArray& name)

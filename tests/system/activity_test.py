@@ -62,11 +62,14 @@ class WhatIsSeen(ActivityScene):
         # Nothing counts for longer than it was in front, but for the sample at its beginning.
         for key, seconds in {**uploaded.pages(), **uploaded.applications()}.items():
             if key in stays:
-                self.assertLessEqual(seconds, stays[key] + 3 * sample, key)
-        # And every second of each period is someone's. Dates are whole seconds.
+                self.assertLessEqual(seconds, stays[key] + 3 * sample + 1, key)
+                # The last period of a stay may not have arrived when it ended, and its page may have been looked for in vain once.
+                self.assertGreaterEqual(seconds, stays[key] - period - 4, key)
+        # And every second of each period is someone's. Dates are whole seconds, and the sample that closes a period may wait a
+        # second for a browser's tab.
         for start, end, _, focused in uploaded.periods():
             self.assertGreaterEqual(end - start, period - 1)
-            self.assertAlmostEqual(focused, end - start, delta=1.5)
+            self.assertAlmostEqual(focused, end - start, delta=3)
         self.assertNotIn("error", tracker.output)
 
 
@@ -121,7 +124,7 @@ class AccessibilityBus(ActivityScene):
         self.assertEqual(uploaded.pages(), seen)
         self.assertEqual(set(uploaded.applications()), {FIREFOX})
         for start, end, _, focused in uploaded.periods()[without:]:
-            self.assertAlmostEqual(focused, end - start, delta=1.5)
+            self.assertAlmostEqual(focused, end - start, delta=3)
 
         # The desktop starts it when somebody asks for it, and browsers that start then are on it.
         browsers.switch_accessibility_on()

@@ -10,7 +10,7 @@ from pathlib import Path
 from support import accessible, x11
 from support.programs import Application, encoded_lists, scratch
 from support.scene import CALCULATOR, EDITOR, XTERM, Scene
-from support.waiting import stays, until
+from support.waiting import happens, stays, until
 
 
 def in_own_mounts(command):
@@ -176,7 +176,7 @@ class Damage(Lists):
         config = scratch("config")
         filler = config / "filler"
         mount = f"mount -t tmpfs -o size=64k none {config} && mkdir {config}/orvanta-focus"
-        focus = self.focus("--focus-active", config=config, applications=[XTERM], domains=["one.example"], prefix=in_own_mounts(mount))
+        focus = self.focus("--focus-active", config=config, applications=[EDITOR], domains=["one.example"], prefix=in_own_mounts(mount))
         focus.own_window()
         inside = seen_by(focus, focus.settings_file)
         with open(seen_by(focus, filler), "wb", buffering=0) as file, self.assertRaises(OSError) as full:
@@ -186,7 +186,15 @@ class Damage(Lists):
         stored = inside.read_bytes()
         focus.write_lists([CALCULATOR], [f"number-{number}.example" for number in range(500)])
         _, terminal = self.xterm()
-        calculator = self.process("galculator")
+        calculator, window = self.calculator()
+
+        def is_covered():
+            """The list is taken some time after it was written."""
+            x11.activate(terminal)
+            x11.activate(window)
+            return happens(focus.covers)
+
+        until(is_covered, "the calculator is blocked")
         self.assert_covered(focus)
         x11.key("Return")
         until(lambda: x11.is_iconified(self.any_window_of(calculator)), "the calculator is hidden")
@@ -194,7 +202,7 @@ class Damage(Lists):
         self.bring_to_front(terminal)
         self.assert_stays_uncovered(focus)
         self.assertEqual(inside.read_bytes(), stored)
-        self.assertIn("debian-xterm.desktop", stored.decode())
+        self.assertIn(EDITOR[0], stored.decode())
 
     def any_window_of(self, process):
         return until(lambda: next(iter(x11.windows(pid=process.pid, visible=False)), None), "the window is there")

@@ -28,8 +28,7 @@ class MainScene(Scene):
 
         accessible.press(accessible.wait_for(focus.pid, "push button", "I will focus now"))
         self.assert_uncovered(focus)
-        until(lambda: not x11.is_viewable(editor_window), "the editor is hidden")
-        self.assertTrue(x11.is_iconified(editor_window))
+        until(lambda: not x11.is_viewable(editor_window) and x11.is_iconified(editor_window), "the editor is iconified")
         self.assertTrue(editor.runs())
 
         x11.activate(editor_window)

@@ -12,10 +12,11 @@ class Displays(WaylandScene):
         self.addCleanup(self.desktop.arrange, 1, 1)
 
     def assert_covered_where_it_is(self, focus, process):
-        until(
-            lambda: not self.faults(focus, self.desktop.display_of(process.pid)),
-            lambda: f"display {self.desktop.display_of(process.pid)} is covered: {self.faults(focus, self.desktop.display_of(process.pid))}\n{self.desktop.windows()}\n{focus.output}",
-        )
+        def faults():
+            display = self.desktop.display_of(process.pid)
+            return ["the compositor is moving it"] if display is None else self.faults(focus, display)
+
+        until(lambda: not faults(), lambda: f"it is covered: {faults()}\n{self.desktop.windows()}\n{focus.output}")
 
 
 class ComingAndGoing(Displays):

@@ -6,7 +6,7 @@ from support.programs import Application
 from support.scene import EDITOR
 from support.wayland import desktop
 from support.wayland_scene import WaylandScene
-from support.waiting import until
+from support.waiting import happens, until
 
 TEXT = "Orvanta Focus cannot see which application is in front. Install its GNOME extension, then log out and in."
 
@@ -38,7 +38,7 @@ class WithoutExtension(WaylandScene):
         def covered():
             self.desktop.activate(focus.pid)
             self.desktop.activate(editor.pid)
-            return not self.is_uncovered(focus)
+            return happens(lambda: not self.is_uncovered(focus))
 
         until(covered, "the editor is covered")
 
@@ -60,8 +60,16 @@ class WithoutExtension(WaylandScene):
         until(lambda: self.desktop.is_in_front(calculator.pid), "the calculator is in front")
 
         desktop().switch_extension(True)
+        until(desktop().has_extension, "the extension is back")
         self.assert_stays_uncovered(focus)
-        self.desktop.activate(editor.pid)
+
+        def covered():
+            """What comes to the front before the program has heard of the extension is not told."""
+            self.desktop.activate(calculator.pid)
+            self.desktop.activate(editor.pid)
+            return happens(lambda: not self.is_uncovered(focus))
+
+        until(covered, "the editor is covered")
         self.assert_covered(focus)
 
 

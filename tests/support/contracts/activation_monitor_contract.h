@@ -41,11 +41,21 @@ protected:
         return result;
     }
 
+    /// The application is in front, and everything is told that was to be told of its coming.
+    void beginWith(ActivationMonitor& monitor, Front application)
+    {
+        Told told;
+        const auto observer = monitor.observe([&](const std::optional<QString>& identifier) { told.push_back(identifier); });
+        bringToFront(monitor, application == Front::first ? Front::second : Front::first);
+        bringToFront(monitor, application);
+        QTRY_VERIFY_WITH_TIMEOUT(!named(told).empty() && named(told).back() == identifierOf(application), 10000);
+    }
+
 private Q_SLOTS:
     void eachApplicationThatComesToTheFrontIsTold()
     {
         const auto monitor = makeMonitor();
-        bringToFront(*monitor, Front::second);
+        beginWith(*monitor, Front::second);
         Told told;
         const auto observer = monitor->observe([&](const std::optional<QString>& identifier) {
             QCOMPARE(QThread::currentThread(), qApp->thread());
@@ -62,7 +72,7 @@ private Q_SLOTS:
     void whatIsInFrontAtTheBeginningIsNotTold()
     {
         const auto monitor = makeMonitor();
-        bringToFront(*monitor, Front::first);
+        beginWith(*monitor, Front::first);
         Told told;
         const auto observer = monitor->observe([&](const std::optional<QString>& identifier) { told.push_back(identifier); });
         bringToFront(*monitor, Front::second);
@@ -72,7 +82,7 @@ private Q_SLOTS:
     void anApplicationWithoutIdentifierIsToldAsNone()
     {
         const auto monitor = makeMonitor();
-        bringToFront(*monitor, Front::first);
+        beginWith(*monitor, Front::first);
         Told told;
         const auto observer = monitor->observe([&](const std::optional<QString>& identifier) { told.push_back(identifier); });
         bringToFront(*monitor, Front::nameless);
@@ -84,7 +94,7 @@ private Q_SLOTS:
     void everyObserverIsTold()
     {
         const auto monitor = makeMonitor();
-        bringToFront(*monitor, Front::second);
+        beginWith(*monitor, Front::second);
         Told one;
         Told other;
         const auto first = monitor->observe([&](const std::optional<QString>& identifier) { one.push_back(identifier); });
@@ -97,7 +107,7 @@ private Q_SLOTS:
     void anEndedObservationIsSilent()
     {
         const auto monitor = makeMonitor();
-        bringToFront(*monitor, Front::second);
+        beginWith(*monitor, Front::second);
         int silent = 0;
         Told told;
         auto ended = monitor->observe([&](const std::optional<QString>&) { ++silent; });
@@ -112,7 +122,7 @@ private Q_SLOTS:
     {
         auto monitor = makeMonitor();
         ActivationMonitor& watched = *monitor;
-        bringToFront(watched, Front::second);
+        beginWith(watched, Front::second);
         int told = 0;
         Subscription observer;
         observer = monitor->observe([&](const std::optional<QString>&) {

@@ -6,6 +6,10 @@ from gi.repository import Atspi  # noqa: E402
 
 from .waiting import until  # noqa: E402
 
+# In milliseconds, for a call and for one to a program that has just started. By itself the library waits for less than a second,
+# and what is too busy to answer would be taken for what is not there.
+Atspi.set_timeout(10_000, 30_000)
+
 
 def _children(node):
     for index in range(node.get_child_count()):
@@ -16,7 +20,11 @@ def _children(node):
 
 def application(pid):
     """The tree's root of the process, or None while it is not on the bus."""
-    for child in _children(Atspi.get_desktop(0)):
+    try:
+        programs = list(_children(Atspi.get_desktop(0)))
+    except Exception:  # one that went meanwhile
+        return None
+    for child in programs:
         try:
             if child.get_process_id() == pid:
                 child.clear_cache()  # what was read before, say while the window was still empty, does not follow by itself

@@ -25,6 +25,9 @@ def faults(cover, frame=SCREEN):
             found.append(f"the colour at {place} is {x11.pixel(*place)}")
     if not x11.has_keyboard(cover):
         found.append("the keyboard is elsewhere")
+    # The window manager says so only after it has moved the keyboard. Of a cover that it does not manage it says nothing.
+    elif cover in x11.clients() and x11.active_window() != cover:
+        found.append(f"window {x11.active_window() or 0:#x} is the active one")
     return found
 
 

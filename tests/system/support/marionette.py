@@ -20,7 +20,7 @@ class Firefox:
 
     def __init__(self, known_to):
         self.process = Process(known_to(*map(str, firefox()), "--headless", "--marionette"))
-        self.connection = until(self._connected, lambda: f"Firefox listens\n{self.process.output}")
+        self.connection = until(self._connected, lambda: f"Firefox listens\n{self.process.output}", 120)
         self._received = b""
         self._read()  # who it is
         self._count = 0

@@ -10,14 +10,9 @@ WAKE_UPS = 60  # in a second; a loop that waits for nothing wakes thousands of t
 SHARE = 0.15  # of one processor
 
 
-def ticks(pid):
-    """Processor time that it has used, in the system's ticks, of which a second has a hundred."""
-    return sum(map(int, Path(f"/proc/{pid}/stat").read_text().rpartition(")")[2].split()[11:13]))
-
-
 def _measured(pid):
     """(seconds of processor time, times that a thread gave the processor up to wait), so far."""
-    seconds = ticks(pid) / os.sysconf("SC_CLK_TCK")
+    seconds = sum(map(int, Path(f"/proc/{pid}/stat").read_text().rpartition(")")[2].split()[11:13])) / os.sysconf("SC_CLK_TCK")
     waits = 0
     for task in Path(f"/proc/{pid}/task").iterdir():
         try:
@@ -28,9 +23,9 @@ def _measured(pid):
     return seconds, waits
 
 
-def wait_until_quiet(pid):
-    """Waits for an interval in which the program does next to nothing, which one that is busy for good never has. Nobody asks it
-    anything meanwhile."""
+def wait_until_quiet(pid, share_limit=SHARE, wake_ups=WAKE_UPS):
+    """Waits for an interval in which the program does next to nothing, or no more than is said, which one that is busy for good
+    never has. Nobody asks it anything meanwhile."""
     seen = []
 
     def rests():
@@ -41,6 +36,6 @@ def wait_until_quiet(pid):
         more_seconds, more_waits = _measured(pid)
         share, rate = (more_seconds - seconds) / passed, (more_waits - waits) / passed
         seen.append(f"{share:.0%} of a processor, {rate:.0f} wake-ups a second")
-        return share < SHARE and rate < WAKE_UPS
+        return share < share_limit and rate < wake_ups
 
     until(rests, lambda: f"process {pid} rests; it took {seen}")

@@ -6,7 +6,7 @@ import unittest
 from . import x11
 from .covering import SCREEN, faults, wait_until_covers
 from .programs import Application, Process, Service
-from .waiting import stays, until
+from .waiting import comes_to_stay, stays, until
 
 # Real programs that these desktops have, by the identifier that their desktop entry gives them.
 XTERM = ("debian-xterm.desktop", "XTerm")
@@ -84,6 +84,11 @@ class Scene(unittest.TestCase):
         cover = self.assert_covered(focus, frame)
         stays(lambda: not faults(cover, frame), lambda: f"covered: {faults(cover, frame)}")
         return cover
+
+    def assert_comes_to_be_covered(self, focus):
+        """In the end, whatever the window manager still has to do."""
+        comes_to_stay(
+            lambda: len(focus.covers()) == 1 and not faults(focus.covers()[0]), lambda: f"covered: {[faults(cover) for cover in focus.covers()]}")
 
     def assert_stays_uncovered(self, focus):
         stays(lambda: not focus.covers(), "no cover")

@@ -46,8 +46,9 @@ class Desktop:
         return bool(own) and all(window.is_hidden for window in own)
 
     def display_of(self, pid):
-        """The number of the display that holds the application's first window."""
-        return int(self.window(pid).frame[0] >= self.displays[1][0])
+        """The number of the display that holds the application's first window; None while it has none."""
+        window = self.window(pid)
+        return window and int(window.frame[0] >= self.displays[1][0])
 
     def put_on_second_display(self, pid):
         self.move_to_second_display(pid)

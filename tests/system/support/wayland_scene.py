@@ -1,9 +1,10 @@
 """What the scenes on Wayland desktops have beside what every scene has."""
+import math
 import time
 
 from . import accessible
 from .covering import MIDNIGHT
-from .quiet import ticks
+from .quiet import wait_until_quiet
 from .scene import Scene
 from .waiting import BOUND, stays, until
 from .wayland import desktop
@@ -90,9 +91,8 @@ class WaylandScene(Scene):
         stays(lambda: self.is_uncovered(focus), "no cover")
 
     def assert_stays_uncovered_at_rest(self, focus):
-        before = ticks(focus.pid)
         self.assert_stays_uncovered(focus)
-        self.assertLess(ticks(focus.pid) - before, 40)  # of a hundred in this second
+        wait_until_quiet(focus.pid, share_limit=0.4, wake_ups=math.inf)  # its own window may breathe
 
     def acknowledge(self, focus, *processes):
         """Answers the cover by the keyboard; it does not return."""

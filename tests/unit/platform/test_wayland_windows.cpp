@@ -20,6 +20,15 @@ namespace {
 /// This program's own windows are taken for those of other applications, by what they say of themselves.
 const OwnApplication nobody;
 
+/// That is attached: a busy compositor may be asked more than once.
+std::shared_ptr<CompositorWindows> attachedWindows()
+{
+    auto windows = std::make_shared<CompositorWindows>();
+    if (!QTest::qWaitFor([&] { return windows->feed() != nullptr; }, 30'000))
+        QTest::qFail("nobody tells of the windows", __FILE__, __LINE__);
+    return windows;
+}
+
 /// The editor's windows are in one process.
 enum class EditorWindows { one, two };
 
@@ -55,11 +64,11 @@ class TestWaylandActivationMonitor : public ActivationMonitorContract {
 
     Hands& m_hands;
     std::unique_ptr<Clients> m_clients;
-    std::vector<std::unique_ptr<CompositorWindows>> m_windows; ///< one for each monitor, which it outlives
+    std::vector<std::shared_ptr<CompositorWindows>> m_windows; ///< one for each monitor, which it outlives
 
     std::unique_ptr<ActivationMonitor> makeMonitor() override
     {
-        m_windows.push_back(std::make_unique<CompositorWindows>());
+        m_windows.push_back(attachedWindows());
         return std::make_unique<WaylandActivationMonitor>(*m_windows.back(), nobody);
     }
     void bringToFront(ActivationMonitor&, Front application) override
@@ -99,7 +108,7 @@ class TestWaylandRunningApplications : public RunningApplicationsContract {
     {
         for (const Running application : { Running::nameless, Running::second, Running::first })
             (void)client(application).bringToFront();
-        return std::make_unique<WaylandRunningApplications>(std::make_shared<CompositorWindows>(), nobody);
+        return std::make_unique<WaylandRunningApplications>(attachedWindows(), nobody);
     }
     void bringToFront(RunningApplications&, Running application) override { QVERIFY(client(application).bringToFront()); }
     void leaveNothingInFront(RunningApplications&) override { QCOMPARE(m_hands.tell(u"none"_s), QByteArray("done")); }
