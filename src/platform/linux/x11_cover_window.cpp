@@ -69,6 +69,7 @@ void X11CoverWindow::present()
         showFullScreen();
     }
     moveToFront();
+    m_isSettled = false;
     watch();
 }
 
@@ -104,7 +105,6 @@ void X11CoverWindow::leaveWindowManager()
 void X11CoverWindow::watch()
 {
     m_checks = 0;
-    m_isSettled = false;
     m_isKeyboardElsewhere = false;
     m_defects = 0;
     m_watch.start(pauses.front());
@@ -144,27 +144,38 @@ void X11CoverWindow::followDisplays()
     if (!shown || shown->geometry().isEmpty())
         return;
     setFrame(shown->geometry());
-    m_activeBefore = m_protocol->activeWindow();
-    // A window that was activated meanwhile is judged by whoever watches activations, see defect().
-    if (m_activeBefore == XCB_NONE || m_panelWindows.contains(m_activeBefore))
-        moveToFront();
+    const CoverFacts facts = m_protocol->inspect(id());
+    m_activeBefore = facts.active;
+    // Where nothing has changed for this one, going to the front could only undo what the user does at this moment.
+    if (coverDefect(facts, nativeFrame(), m_panelWindows)) {
+        m_isSettled = false;
+        // A window that was activated meanwhile is judged by whoever watches activations, see defect().
+        if (m_activeBefore == XCB_NONE || m_panelWindows.contains(m_activeBefore))
+            moveToFront();
+    }
     watch();
+}
+
+QRect X11CoverWindow::nativeFrame() const
+{
+    const qreal ratio = display() ? display()->devicePixelRatio() : devicePixelRatio();
+    // Qt scales the size of a display, not where it begins.
+    return { frame().topLeft(), frame().size() * ratio };
 }
 
 std::optional<CoverDefect> X11CoverWindow::defect()
 {
-    const qreal ratio = display() ? display()->devicePixelRatio() : devicePixelRatio();
-    // Qt scales the size of a display, not where it begins.
-    const QRect native(frame().topLeft(), frame().size() * ratio);
     const CoverFacts facts = m_protocol->inspect(id());
-    const auto found = coverDefect(facts, native, m_panelWindows);
-    const bool wasKeyboardElsewhere = std::exchange(m_isKeyboardElsewhere, found == CoverDefect::noKeyboard);
+    const auto found = coverDefect(facts, nativeFrame(), m_panelWindows);
+    const bool isKeyboardElsewhere = !facts.hasKeyboard && !m_panelWindows.contains(facts.keyboard);
+    const bool wasKeyboardElsewhere = std::exchange(m_isKeyboardElsewhere, isKeyboardElsewhere);
     if (!found) {
         m_isSettled = true;
         return std::nullopt;
     }
-    // A window gets the keyboard a moment before it is named the active one: at first sight this may be an activation.
-    if (found == CoverDefect::noKeyboard && !wasKeyboardElsewhere)
+    // A window is raised and gets the keyboard a moment before it is named the active one: at first sight this may be an activation.
+    const bool mayBeActivation = found == CoverDefect::noKeyboard || (found == CoverDefect::beneathAWindow && m_isSettled);
+    if (mayBeActivation && isKeyboardElsewhere && !wasKeyboardElsewhere)
         return std::nullopt;
     // Whoever watches activations decides whether a window that was activated since takes this one away or needs it
     // anew. Going to the front before that would undo what the user did.

@@ -46,6 +46,7 @@ private:
     void leaveWindowManager();
     void watch();
     void check();
+    [[nodiscard]] QRect nativeFrame() const; ///< where it should stand, in the server's pixels
     [[nodiscard]] std::optional<CoverDefect> defect();
     [[nodiscard]] xcb_window_t id() const { return static_cast<xcb_window_t>(winId()); }
 
