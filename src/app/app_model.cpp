@@ -9,6 +9,8 @@
 
 #include <QPointer>
 
+#include <algorithm>
+
 namespace orvanta {
 
 using namespace Qt::StringLiterals;
@@ -71,6 +73,15 @@ QString AppModel::focusStatusLabel() const
 QString AppModel::permissionHint() const
 {
     return m_dependencies.statusHint ? m_dependencies.statusHint(m_permissionSummary) : QString();
+}
+
+QStringList AppModel::notices() const
+{
+    QStringList all = m_notices;
+    for (const FailedSave& save : m_failedSaves)
+        if (!all.contains(save.reason))
+            all << save.reason;
+    return all + m_desktopNotices;
 }
 
 QString AppModel::websiteProtectionTitle() const
@@ -336,11 +347,28 @@ void AppModel::setDesktopNotices(const QStringList& notices)
 
 void AppModel::store(KeyValueStore& store, const QString& key, const StoredValue& value)
 {
+    const QStringList before = notices();
     const auto stored = store.setValue(key, value);
-    if (stored || m_notices.contains(stored.error().description))
-        return;
-    m_notices << stored.error().description;
-    Q_EMIT noticesChanged();
+    const auto failure = stored ? std::nullopt : std::optional(stored.error().description);
+    noteSave(store, key, failure);
+    if (const auto problem = store.takeProblem(); problem && problem != failure && !m_notices.contains(*problem))
+        m_notices << *problem;
+    if (notices() != before)
+        Q_EMIT noticesChanged();
+}
+
+/// A failure is told until the same value is saved at last.
+void AppModel::noteSave(const KeyValueStore& store, const QString& key, const std::optional<QString>& failure)
+{
+    const auto noted = std::ranges::find_if(m_failedSaves, [&](const FailedSave& save) { return save.store == &store && save.key == key; });
+    if (!failure) {
+        if (noted != m_failedSaves.end())
+            m_failedSaves.erase(noted);
+    } else if (noted != m_failedSaves.end()) {
+        noted->reason = *failure;
+    } else {
+        m_failedSaves.push_back({ .store = &store, .key = key, .reason = *failure });
+    }
 }
 
 } // namespace orvanta

@@ -86,7 +86,7 @@ public:
     /// What this system's users need to know beside that line; mostly nothing.
     [[nodiscard]] QString permissionHint() const;
     /// Further lines for the user, beside the status: what could not be stored, and what was found damaged.
-    [[nodiscard]] QStringList notices() const { return m_notices + m_desktopNotices; }
+    [[nodiscard]] QStringList notices() const;
     /// What the desktop lacks now, in place of what it lacked before; stands after the other notices.
     void setDesktopNotices(const QStringList& notices);
     [[nodiscard]] WebsiteProtectionState websiteProtectionState() const { return m_websiteProtectionState; }
@@ -121,6 +121,13 @@ Q_SIGNALS:
 private:
     enum class SyncToCloud { no, yes };
 
+    /// What the store could not take in last time.
+    struct FailedSave {
+        const KeyValueStore* store;
+        QString key;
+        QString reason;
+    };
+
     [[nodiscard]] bool cloudSyncEnabled() const { return !m_options.isUiTest; }
     void readLaunchArguments(const QStringList& arguments);
     void eraseLocalLists();
@@ -144,6 +151,7 @@ private:
     void storeDomains();
     [[nodiscard]] std::optional<QByteArray> storeApplications();
     void store(KeyValueStore& store, const QString& key, const StoredValue& value);
+    void noteSave(const KeyValueStore& store, const QString& key, const std::optional<QString>& failure);
 
     AppModelDependencies m_dependencies;
     LaunchOptions m_options;
@@ -153,6 +161,7 @@ private:
     std::vector<BlockedApplication> m_blockedApplications;
     QString m_permissionSummary;
     QStringList m_notices;
+    std::vector<FailedSave> m_failedSaves; ///< one for each value that is not stored as it is; told after the other notices
     QStringList m_desktopNotices;
     WebsiteProtectionState m_websiteProtectionState;
 

@@ -34,6 +34,10 @@ public:
 
     /// Takes `key` away. A key that is not there is no error.
     virtual Result<void> remove(const QString& key) = 0;
+
+    /// What happened to what is stored that the user ought to know, in a sentence: a damaged file was moved aside, say. A
+    /// write may bring it about, also one that succeeds, so ask after each. Each is told once; most stores have none.
+    [[nodiscard]] virtual std::optional<QString> takeProblem() { return std::nullopt; }
 };
 
 } // namespace orvanta

@@ -437,6 +437,74 @@ private Q_SLOTS:
         QCOMPARE(house.model->blockedDomains(), QStringList({ u"a.example"_s, u"b.example"_s }));
     }
 
+    void aFailureIsToldUntilTheSameValueIsSaved()
+    {
+        House house;
+        house.start();
+        house.cloud.local.writeFailure = PlatformError { u"The folder is read-only"_s };
+        house.model->addDomain(u"a.example"_s);
+        QCOMPARE(house.model->notices(), QStringList { u"The folder is read-only"_s });
+        const QSignalSpy told(house.model.get(), &AppModel::noticesChanged);
+
+        // Another reason takes the place of the first; another store is another matter.
+        house.cloud.local.writeFailure = PlatformError { u"The disk is full"_s };
+        house.model->addDomain(u"b.example"_s);
+        QCOMPARE(house.model->notices(), QStringList { u"The disk is full"_s });
+        house.cloud.local.writeFailure.reset();
+        house.defaults.writeFailure = PlatformError { u"The other disk is full"_s };
+        house.model->addDomain(u"c.example"_s);
+        QCOMPARE(house.model->notices(), QStringList { u"The other disk is full"_s });
+        const auto before = told.size();
+        QVERIFY(before > 0);
+        house.defaults.writeFailure.reset();
+        house.model->addDomain(u"d.example"_s);
+        QCOMPARE(house.model->notices(), QStringList());
+        QVERIFY(told.size() > before);
+    }
+
+    void whatStaysUnsavedIsStillToldWhenAnotherValueIsSaved()
+    {
+        House house;
+        house.start();
+        house.defaults.writeFailure = PlatformError { u"The disk is full"_s };
+        house.model->addApplication(editor.bundleIdentifier, editor.displayName);
+        house.defaults.writeFailure.reset();
+        const QString broken = u"x."_s + QChar(0xD800); // a list that holds it cannot be written down
+        house.model->addApplication(broken, u"Broken"_s);
+        QCOMPARE(house.model->notices(), QStringList { u"The disk is full"_s });
+        house.model->removeApplication(broken);
+        QCOMPARE(house.model->notices(), QStringList());
+    }
+
+    void whatHappenedToAFileWhileItWasWrittenIsTold()
+    {
+        House house;
+        house.start();
+        const QSignalSpy told(house.model.get(), &AppModel::noticesChanged);
+        house.cloud.local.problem = u"It was moved aside"_s;
+        house.model->addDomain(u"a.example"_s);
+        QCOMPARE(house.model->notices(), QStringList { u"It was moved aside"_s });
+        QCOMPARE(told.size(), 1);
+        // It stays true whatever is saved later, and is told no second time.
+        house.cloud.local.problem = u"It was moved aside"_s;
+        house.model->addDomain(u"b.example"_s);
+        QCOMPARE(house.model->notices(), QStringList { u"It was moved aside"_s });
+        QCOMPARE(told.size(), 1);
+    }
+
+    void aFileThatIsInTheWayAndStaysThereIsToldOnce()
+    {
+        House house;
+        house.start();
+        house.cloud.local.writeFailure = PlatformError { u"It could not be moved aside"_s };
+        house.cloud.local.problem = u"It could not be moved aside"_s;
+        house.model->addDomain(u"a.example"_s);
+        QCOMPARE(house.model->notices(), QStringList { u"It could not be moved aside"_s });
+        house.cloud.local.writeFailure.reset();
+        house.model->addDomain(u"b.example"_s);
+        QCOMPARE(house.model->notices(), QStringList());
+    }
+
     // Changes from elsewhere
 
     void aChangeFromElsewhereReplacesTheListsAndIsNotEchoed()
