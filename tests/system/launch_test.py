@@ -41,6 +41,7 @@ class Arguments(Scene):
         window = focus.own_window()
         self.assertEqual(x11.name_of(window), "Orvanta Focus")
         self.assertEqual(x11.geometry_of(window)[2:], (720, 760))
+        self.assertEqual(x11.minimum_size_of(window), (560, 620))
         self.assert_settings(focus)
 
     def test_focus_active_shows_the_blocking_screen_without_a_reply(self):

@@ -65,32 +65,37 @@ private:
 
 /// A model among doubles. What is stored is set before start().
 struct House {
+    AppModelDependencies dependencies()
+    {
+        return { .defaults = loggedDefaults,
+            .cloudStore = loggedCloud,
+            .secrets = loggedSecrets,
+            .screens = screens,
+            .overlayPanels = panels,
+            .runningApplications = running,
+            .activationMonitor = loggedActivations,
+            .extensionManager = extension,
+            .filterManager = filter,
+            .dnsProxyManager = dnsProxy,
+            .systemNotifications = notifications,
+            .urlOpener = urlOpener,
+            .systemFocus = systemFocus,
+            .urlSession = session,
+            .activitySources =
+                [this] {
+                    ++trackers;
+                    return activity.sources();
+                },
+            .service = *ServiceConfiguration::make(u"https://service.example"_s, std::nullopt),
+            .statusHint = [](const QString& status) { return u"about: "_s + status; } };
+    }
+
     void start(const QStringList& arguments = {})
     {
-        model = std::make_unique<AppModel>(AppModelDependencies { .defaults = loggedDefaults,
-                                               .cloudStore = loggedCloud,
-                                               .secrets = loggedSecrets,
-                                               .screens = screens,
-                                               .overlayPanels = panels,
-                                               .runningApplications = running,
-                                               .activationMonitor = loggedActivations,
-                                               .extensionManager = extension,
-                                               .filterManager = filter,
-                                               .dnsProxyManager = dnsProxy,
-                                               .systemNotifications = notifications,
-                                               .urlOpener = urlOpener,
-                                               .systemFocus = systemFocus,
-                                               .urlSession = session,
-                                               .activitySources =
-                                                   [this] {
-                                                       ++trackers;
-                                                       return activity.sources();
-                                                   },
-                                               .service = *ServiceConfiguration::make(u"https://service.example"_s, std::nullopt),
-                                               .statusHint = [](const QString& status) { return u"about: "_s + status; },
-                                               .pollPause = 1ms,
-                                               .systemFocusPause = 1ms },
-            QStringList { u"orvanta-focus"_s } + arguments, notices);
+        AppModelDependencies all = dependencies();
+        all.pollPause = 1ms;
+        all.systemFocusPause = 1ms;
+        model = std::make_unique<AppModel>(all, QStringList { u"orvanta-focus"_s } + arguments, notices);
     }
 
     void storeKey(const QByteArray& key = "key-1") { secrets.items[{ u"com.orvanta.focus"_s, u"orvanta-api-key"_s }] = key; }
@@ -552,6 +557,8 @@ private Q_SLOTS:
         QCOMPARE(house.model->permissionSummary(), u"Setup required"_s);
     }
 
+    void unlessItIsToldOtherwiseItPausesThreeSecondsBetweenPolls() { QVERIFY(House().dependencies().pollPause == 3000ms); }
+
     void theServiceSwitchesFocusOnAndOff()
     {
         House house;
@@ -792,11 +799,21 @@ private Q_SLOTS:
     void theTaskHoldsFocusWhenTheSystemsFocusEnds()
     {
         House house;
+        house.defaults.values[domainsKey] = QStringList { u"a.example"_s };
         house.start({ u"--focus-active"_s });
+        house.findInstalled();
+        house.settle();
+        QVERIFY(house.model->websiteBlockingActive());
+        (void)house.log.take();
         house.model->systemFocusChanged(true);
+        house.settle();
         house.model->systemFocusChanged(false);
+        house.settle();
         QVERIFY(house.model->focusActive());
         QCOMPARE(house.model->focusStatusLabel(), u"Focus active · Orvanta task"_s);
+        // Websites were blocked all the while, and nothing was passed on.
+        QVERIFY(house.model->websiteBlockingActive());
+        QCOMPARE(house.log.take(), QStringList());
     }
 
     void withoutAKeyFocusFollowsTheSystemAlone()
