@@ -280,6 +280,10 @@
         <source>is not one JSON object</source>
         <translation>ليس كائن JSON واحدًا</translation>
     </message>
+    <message>
+        <source>%1 could not be saved: it %2</source>
+        <translation>تعذّر حفظ %1: ‏%2</translation>
+    </message>
 </context>
 <context>
     <name>TransportError</name>

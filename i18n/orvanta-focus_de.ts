@@ -280,6 +280,10 @@
         <source>is not one JSON object</source>
         <translation>ist kein einzelnes JSON-Objekt</translation>
     </message>
+    <message>
+        <source>%1 could not be saved: it %2</source>
+        <translation>%1 konnte nicht gespeichert werden: sie %2</translation>
+    </message>
 </context>
 <context>
     <name>TransportError</name>

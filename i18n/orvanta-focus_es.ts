@@ -280,6 +280,10 @@
         <source>is not one JSON object</source>
         <translation>no es un único objeto JSON</translation>
     </message>
+    <message>
+        <source>%1 could not be saved: it %2</source>
+        <translation>No se ha podido guardar %1: %2</translation>
+    </message>
 </context>
 <context>
     <name>TransportError</name>

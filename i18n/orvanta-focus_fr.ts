@@ -280,6 +280,10 @@
         <source>is not one JSON object</source>
         <translation>n’est pas un objet JSON unique</translation>
     </message>
+    <message>
+        <source>%1 could not be saved: it %2</source>
+        <translation>%1 n’a pas pu être enregistré : il %2</translation>
+    </message>
 </context>
 <context>
     <name>TransportError</name>

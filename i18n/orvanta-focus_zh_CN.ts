@@ -280,6 +280,10 @@
         <source>is not one JSON object</source>
         <translation>不是单个 JSON 对象</translation>
     </message>
+    <message>
+        <source>%1 could not be saved: it %2</source>
+        <translation>无法保存 %1：它%2</translation>
+    </message>
 </context>
 <context>
     <name>TransportError</name>

@@ -35,7 +35,7 @@ JsonObjectFile::State JsonObjectFile::read()
     const auto found = readWholeFile(m_path, storedObjectLimit);
     if (!found) {
         m_trouble = found.error().description;
-        return m_state = State::notUnderstood;
+        return m_state = found.error().mayPass ? State::unreadable : State::notUnderstood;
     }
     const std::optional<QByteArray>& content = *found;
     if (!content)
@@ -88,6 +88,8 @@ Result<void> JsonObjectFile::change(const Edit& edit)
     read();
     const bool broughtNews = m_hasNews;
     m_hasNews = hadNews || broughtNews;
+    if (m_state == State::unreadable)
+        return std::unexpected(PlatformError { QCoreApplication::translate("StoredFile", "%1 could not be saved: it %2").arg(m_path, m_trouble) });
     if (m_state == State::notUnderstood) {
         if (const auto moved = moveAsideLocked(); !moved)
             return moved;
@@ -128,7 +130,7 @@ Result<void> JsonObjectFile::write(const StoredObject& object)
 
 void JsonObjectFile::moveAsideIfNotUnderstood()
 {
-    if (m_state != State::notUnderstood)
+    if (m_state == State::understood || m_state == State::absent)
         return;
     const auto locked = lock();
     if (!locked) {
@@ -137,7 +139,7 @@ void JsonObjectFile::moveAsideIfNotUnderstood()
         return;
     }
     // Another copy may have put it right while we waited.
-    if (read() == State::notUnderstood)
+    if (const State now = read(); now == State::notUnderstood || now == State::unreadable)
         std::ignore = moveAsideLocked();
 }
 

@@ -2,6 +2,7 @@
 
 #include "support/contracts/cloud_store_contract.h"
 #include "support/file_edits.h"
+#include "support/limited_rights.h"
 
 #include <QTemporaryDir>
 #include <QTest>
@@ -201,6 +202,26 @@ private Q_SLOTS:
         SyncedFolderStore again(m_folder);
         QCOMPARE(again.value(domains), std::optional<StoredValue>(QStringList { u"mine.example"_s }));
         QCOMPARE(again.value(u"theirs"_s), std::optional<StoredValue>(ForeignValue()));
+    }
+
+    void aFileThatCannotBeReadAtTheMomentIsNeitherMovedNorWritten()
+    {
+        SyncedFolderStore store(m_folder);
+        QVERIFY(store.setValue(domains, QStringList { u"old.example"_s }));
+        QVERIFY(writeInPlace(m_path, withDomain("theirs.example")));
+        {
+            const FewFiles few(1); // for the lock, and none for what it guards
+            const auto saved = store.setValue(domains, QStringList { u"mine.example"_s });
+            QVERIFY(!saved);
+            QCOMPARE(saved.error().description, m_path + u" could not be saved: it cannot be read (Too many open files)"_s);
+            QCOMPARE(store.value(domains), std::optional<StoredValue>(QStringList { u"old.example"_s }));
+        }
+        QCOMPARE(asides(), QStringList());
+        QCOMPARE(contentOf(m_path), withDomain("theirs.example"));
+        QCOMPARE(store.takeProblem(), std::nullopt);
+        QVERIFY(store.setValue(domains, QStringList { u"mine.example"_s }));
+        QCOMPARE(SyncedFolderStore(m_folder).value(domains), std::optional<StoredValue>(QStringList { u"mine.example"_s }));
+        QCOMPARE(asides(), QStringList());
     }
 
     void contentThatWasNeverUnderstoodIsLeftAloneUntilAWrite()
