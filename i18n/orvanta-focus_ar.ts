@@ -284,6 +284,10 @@
         <source>%1 could not be saved: it %2</source>
         <translation>تعذّر حفظ %1: ‏%2</translation>
     </message>
+    <message>
+        <source>%1 %2; it was changed just now, so nothing is saved in its place yet</source>
+        <translation>‏%1 %2؛ جرى تغييره قبل لحظات، لذلك لم يُحفظ شيء مكانه بعد</translation>
+    </message>
 </context>
 <context>
     <name>TransportError</name>

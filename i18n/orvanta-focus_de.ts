@@ -284,6 +284,10 @@
         <source>%1 could not be saved: it %2</source>
         <translation>%1 konnte nicht gespeichert werden: sie %2</translation>
     </message>
+    <message>
+        <source>%1 %2; it was changed just now, so nothing is saved in its place yet</source>
+        <translation>%1 %2; sie wurde gerade erst geändert, daher wird noch nichts an ihrer Stelle gespeichert</translation>
+    </message>
 </context>
 <context>
     <name>TransportError</name>

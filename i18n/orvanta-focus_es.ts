@@ -284,6 +284,10 @@
         <source>%1 could not be saved: it %2</source>
         <translation>No se ha podido guardar %1: %2</translation>
     </message>
+    <message>
+        <source>%1 %2; it was changed just now, so nothing is saved in its place yet</source>
+        <translation>%1 %2; acaba de modificarse, así que todavía no se guarda nada en su lugar</translation>
+    </message>
 </context>
 <context>
     <name>TransportError</name>

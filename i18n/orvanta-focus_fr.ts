@@ -284,6 +284,10 @@
         <source>%1 could not be saved: it %2</source>
         <translation>%1 n’a pas pu être enregistré : il %2</translation>
     </message>
+    <message>
+        <source>%1 %2; it was changed just now, so nothing is saved in its place yet</source>
+        <translation>%1 %2 ; il vient d’être modifié, donc rien n’est encore enregistré à sa place</translation>
+    </message>
 </context>
 <context>
     <name>TransportError</name>

@@ -284,6 +284,10 @@
         <source>%1 could not be saved: it %2</source>
         <translation>无法保存 %1：它%2</translation>
     </message>
+    <message>
+        <source>%1 %2; it was changed just now, so nothing is saved in its place yet</source>
+        <translation>%1 %2；它刚刚被更改，因此暂不在其位置保存任何内容</translation>
+    </message>
 </context>
 <context>
     <name>TransportError</name>

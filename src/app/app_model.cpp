@@ -26,6 +26,10 @@ AppModel::AppModel(const AppModelDependencies& dependencies, const QStringList& 
           dependencies.systemNotifications, dependencies.runningApplications, dependencies.urlOpener, dependencies.service.blockedPage)
     , m_systemFocusMonitor(dependencies.systemFocus, dependencies.systemFocusPause)
 {
+    m_saveAgain.setSingleShot(true);
+    m_saveAgain.setInterval(m_dependencies.pauseAfterFailedSave);
+    m_saveAgain.callOnTimeout(this, &AppModel::saveAgain);
+
     // 1. What earlier versions left behind goes, in the background.
     LegacyDNSProxyRemoval::run(m_dependencies.dnsProxyManager);
 
@@ -351,14 +355,28 @@ void AppModel::store(KeyValueStore& store, const QString& key, const StoredValue
     const auto stored = store.setValue(key, value);
     const auto failure = stored ? std::nullopt : std::optional(stored.error().description);
     noteSave(store, key, failure);
+    if (failure)
+        m_saveAgain.start();
     if (const auto problem = store.takeProblem(); problem && problem != failure && !m_notices.contains(*problem))
         m_notices << *problem;
     if (notices() != before)
         Q_EMIT noticesChanged();
 }
 
+/// Once: what fails again waits for the next change of the lists.
+void AppModel::saveAgain()
+{
+    for (const FailedSave& save : std::vector(m_failedSaves)) {
+        if (save.key == StoredLists::domainsKey)
+            store(*save.store, save.key, m_blockedDomains.values());
+        else if (const auto encoded = encodeBlockedApplications(m_blockedApplications))
+            store(*save.store, save.key, *encoded);
+    }
+    m_saveAgain.stop();
+}
+
 /// A failure is told until the same value is saved at last.
-void AppModel::noteSave(const KeyValueStore& store, const QString& key, const std::optional<QString>& failure)
+void AppModel::noteSave(KeyValueStore& store, const QString& key, const std::optional<QString>& failure)
 {
     const auto noted = std::ranges::find_if(m_failedSaves, [&](const FailedSave& save) { return save.store == &store && save.key == key; });
     if (!failure) {

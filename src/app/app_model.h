@@ -20,6 +20,7 @@
 #include <QQmlEngine>
 #include <QString>
 #include <QStringList>
+#include <QTimer>
 
 #include <chrono>
 #include <functional>
@@ -51,6 +52,7 @@ struct AppModelDependencies {
     ServiceConfiguration service;
     std::function<QString(const QString& status)> statusHint {}; ///< may be empty
     std::chrono::milliseconds pollPause = PollingTask::defaultPause;
+    std::chrono::milliseconds pauseAfterFailedSave = std::chrono::seconds { 3 }; ///< longer than a file is left to who writes it
     std::chrono::milliseconds systemFocusPause = SystemFocusMonitor::defaultPause;
 };
 
@@ -123,7 +125,7 @@ private:
 
     /// What the store could not take in last time.
     struct FailedSave {
-        const KeyValueStore* store;
+        KeyValueStore* store;
         QString key;
         QString reason;
     };
@@ -151,7 +153,8 @@ private:
     void storeDomains();
     [[nodiscard]] std::optional<QByteArray> storeApplications();
     void store(KeyValueStore& store, const QString& key, const StoredValue& value);
-    void noteSave(const KeyValueStore& store, const QString& key, const std::optional<QString>& failure);
+    void saveAgain();
+    void noteSave(KeyValueStore& store, const QString& key, const std::optional<QString>& failure);
 
     AppModelDependencies m_dependencies;
     LaunchOptions m_options;
@@ -162,6 +165,7 @@ private:
     QString m_permissionSummary;
     QStringList m_notices;
     std::vector<FailedSave> m_failedSaves; ///< one for each value that is not stored as it is; told after the other notices
+    QTimer m_saveAgain;                    ///< runs after a failed save
     QStringList m_desktopNotices;
     WebsiteProtectionState m_websiteProtectionState;
 

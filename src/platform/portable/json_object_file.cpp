@@ -1,6 +1,7 @@
 #include "platform/portable/json_object_file.h"
 
 #include <QCoreApplication>
+#include <QDateTime>
 #include <QFileInfo>
 
 #include <algorithm>
@@ -18,6 +19,9 @@ namespace {
 /// How long another copy of the program may keep the file from us. Writing it takes milliseconds; a copy that was
 /// stopped in the middle must not stop this one with it.
 constexpr auto lockPatience = std::chrono::seconds(2);
+
+/// How long content that is not understood is left to whoever may be writing it.
+constexpr auto writersPause = std::chrono::seconds(2);
 
 } // namespace
 
@@ -91,6 +95,10 @@ Result<void> JsonObjectFile::change(const Edit& edit)
     if (m_state == State::unreadable)
         return std::unexpected(PlatformError { QCoreApplication::translate("StoredFile", "%1 could not be saved: it %2").arg(m_path, m_trouble) });
     if (m_state == State::notUnderstood) {
+        if (wasChangedJustNow())
+            return std::unexpected(
+                PlatformError { QCoreApplication::translate("StoredFile", "%1 %2; it was changed just now, so nothing is saved in its place yet")
+                        .arg(m_path, m_trouble) });
         if (const auto moved = moveAsideLocked(); !moved)
             return moved;
     }
@@ -141,6 +149,14 @@ void JsonObjectFile::moveAsideIfNotUnderstood()
     // Another copy may have put it right while we waited.
     if (const State now = read(); now == State::notUnderstood || now == State::unreadable)
         std::ignore = moveAsideLocked();
+}
+
+/// A time to come is some other clock's, and says nothing.
+bool JsonObjectFile::wasChangedJustNow() const
+{
+    const QDateTime changed = QFileInfo(m_path).lastModified();
+    const qint64 age = changed.msecsTo(QDateTime::currentDateTime());
+    return changed.isValid() && age >= 0 && std::chrono::milliseconds(age) < writersPause;
 }
 
 Result<void> JsonObjectFile::moveAsideLocked()

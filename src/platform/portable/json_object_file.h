@@ -19,7 +19,7 @@ namespace orvanta {
 ///
 /// What it once understood it keeps: while the file is gone or cannot be understood, the last good content stands. It
 /// never writes over what it has not understood; that is moved aside first, and reported. What cannot be read at the
-/// moment is neither moved nor written.
+/// moment is neither moved nor written, nor is, for two seconds, what somebody may still be writing in place.
 class JsonObjectFile {
 public:
     /// Reads the file for the first time. `lockPath` names a file that every writer on this machine locks; it may stand
@@ -61,6 +61,7 @@ private:
     [[nodiscard]] Result<FileLock> lock() const;
     Result<void> change(const Edit& edit);
     Result<void> write(const StoredObject& object);
+    [[nodiscard]] bool wasChangedJustNow() const;
     Result<void> moveAsideLocked();
     void report(const QString& problem);
     [[nodiscard]] PlatformError notSaved(const QString& reason) const;

@@ -95,6 +95,7 @@ struct House {
         AppModelDependencies all = dependencies();
         all.pollPause = 1ms;
         all.systemFocusPause = 1ms;
+        all.pauseAfterFailedSave = pauseAfterFailedSave;
         model = std::make_unique<AppModel>(all, QStringList { u"orvanta-focus"_s } + arguments, notices);
     }
 
@@ -152,6 +153,7 @@ struct House {
     ActivityScene activity;        ///< of the tracker's thread alone, once the model is there
     std::atomic<int> trackers = 0; ///< runs of the tracker so far
     QStringList notices;
+    std::chrono::milliseconds pauseAfterFailedSave = 1h; ///< what fails is not tried again by itself
     std::unique_ptr<AppModel> model;
 };
 
@@ -481,6 +483,41 @@ private Q_SLOTS:
         QCOMPARE(house.model->notices(), QStringList());
     }
 
+    void whatCouldNotBeSavedIsTriedOnceMore()
+    {
+        House house;
+        house.pauseAfterFailedSave = 1ms;
+        house.start();
+        house.cloud.local.writeFailure = PlatformError { u"Somebody else is writing"_s };
+        house.model->addDomain(u"a.example"_s);
+        QCOMPARE(house.model->notices(), QStringList { u"Somebody else is writing"_s });
+        house.cloud.local.writeFailure.reset();
+        QTRY_COMPARE(house.model->notices(), QStringList());
+        QCOMPARE(house.cloud.local.values,
+            (std::map<QString, StoredValue> { { domainsKey, QStringList { u"a.example"_s } }, { applicationsKey, QByteArray("[]") } }));
+    }
+
+    void whatFailsAgainWaitsForTheNextChange()
+    {
+        House house;
+        house.pauseAfterFailedSave = 1ms;
+        house.start();
+        (void)house.log.take();
+        house.cloud.local.writeFailure = PlatformError { u"The folder is read-only"_s };
+        house.model->addDomain(u"a.example"_s);
+        const auto attempts = [&] { return house.log.calls.filter(u"cloud.setValue"_s).size(); };
+        QTRY_COMPARE(attempts(), 4); // both lists, twice
+        QTimer clock;
+        const QSignalSpy ticked(&clock, &QTimer::timeout);
+        clock.start(1ms);
+        QTRY_VERIFY(ticked.size() >= 20); // long after a third attempt
+        QCOMPARE(attempts(), 4);
+        QCOMPARE(house.model->notices(), QStringList { u"The folder is read-only"_s });
+        QVERIFY(house.log.calls.filter(u"defaults.setValue"_s).size() == 2); // which did not fail
+    }
+
+    void unlessItIsToldOtherwiseItWaitsLongerThanAFileIsLeftToItsWriter() { QVERIFY(House().dependencies().pauseAfterFailedSave == 3000ms); }
+
     void whatHappenedToAFileWhileItWasWrittenIsTold()
     {
         House house;
@@ -800,8 +837,11 @@ private Q_SLOTS:
     {
         House house;
         house.defaults.values[domainsKey] = QStringList { u"a.example"_s };
-        house.start({ u"--focus-active"_s });
+        house.storeKey();
+        house.start();
         house.findInstalled();
+        house.settle();
+        house.poll(200, focusState(true));
         house.settle();
         QVERIFY(house.model->websiteBlockingActive());
         (void)house.log.take();
