@@ -55,6 +55,37 @@
     </message>
 </context>
 <context>
+    <name>DesktopReport</name>
+    <message>
+        <source>Orvanta Focus cannot see which application is in front. Install its GNOME extension, then log out and in.</source>
+        <translation>لا يستطيع Orvanta Focus معرفة التطبيق الموجود في المقدمة. ثبّت إضافته الخاصة بـ GNOME، ثم سجّل الخروج وأعد الدخول.</translation>
+    </message>
+    <message>
+        <source>Orvanta Focus cannot see which application is in front: KWin takes no script from it. Start it from within Plasma, or log out and in.</source>
+        <translation>لا يستطيع Orvanta Focus معرفة التطبيق الموجود في المقدمة: لا يقبل KWin نصه البرمجي. شغّله من داخل Plasma، أو سجّل الخروج وأعد الدخول.</translation>
+    </message>
+    <message>
+        <source>Application blocking is not available here; website blocking works.</source>
+        <translation>حظر التطبيقات غير متاح هنا؛ أما حظر المواقع فيعمل.</translation>
+    </message>
+    <message>
+        <source>Orvanta Focus cannot hide applications: sway does not take its commands. Start it from within sway.</source>
+        <translation>لا يستطيع Orvanta Focus إخفاء التطبيقات: لا يقبل sway أوامره. شغّله من داخل sway.</translation>
+    </message>
+    <message>
+        <source>Orvanta Focus cannot cover applications. Install Qt&apos;s Wayland platform (qt6-wayland).</source>
+        <translation>لا يستطيع Orvanta Focus تغطية التطبيقات. ثبّت منصة Wayland الخاصة بـ Qt ‏(qt6-wayland).</translation>
+    </message>
+    <message>
+        <source>Orvanta Focus cannot cover applications. Start it where XWayland runs.</source>
+        <translation>لا يستطيع Orvanta Focus تغطية التطبيقات. شغّله حيث يعمل XWayland.</translation>
+    </message>
+    <message>
+        <source>This desktop does not tell how long nothing was typed or moved; activity counts as going on.</source>
+        <translation>لا يبيّن سطح المكتب هذا منذ متى لم يُكتب أو يُحرَّك شيء؛ لذا يُحتسب النشاط مستمرًا.</translation>
+    </message>
+</context>
+<context>
     <name>DomainEditor</name>
     <message>
         <source>Block website</source>
@@ -248,6 +279,49 @@
     <message>
         <source>is not one JSON object</source>
         <translation>ليس كائن JSON واحدًا</translation>
+    </message>
+    <message>
+        <source>%1 could not be saved: it %2</source>
+        <translation>تعذّر حفظ %1: ‏%2</translation>
+    </message>
+    <message>
+        <source>%1 %2; it was changed just now, so nothing is saved in its place yet</source>
+        <translation>‏%1 %2؛ جرى تغييره قبل لحظات، لذلك لم يُحفظ شيء مكانه بعد</translation>
+    </message>
+</context>
+<context>
+    <name>TransportError</name>
+    <message>
+        <source>The answer is too large</source>
+        <translation>الرد كبير جدًا</translation>
+    </message>
+    <message>
+        <source>The connection was lost</source>
+        <translation>انقطع الاتصال</translation>
+    </message>
+    <message>
+        <source>The request timed out</source>
+        <translation>انتهت مهلة الطلب</translation>
+    </message>
+    <message>
+        <source>Only https and http addresses can be reached</source>
+        <translation>لا يمكن الوصول إلا إلى عناوين https و http</translation>
+    </message>
+    <message>
+        <source>The service redirected too many times</source>
+        <translation>أعادت الخدمة التوجيه مرات كثيرة جدًا</translation>
+    </message>
+    <message>
+        <source>The request was cancelled</source>
+        <translation>أُلغي الطلب</translation>
+    </message>
+    <message>
+        <source>The service redirected to an address that is neither https nor http</source>
+        <translation>أعادت الخدمة التوجيه إلى عنوان ليس https ولا http</translation>
+    </message>
+    <message>
+        <source>The service redirected to an address that is not encrypted</source>
+        <translation>أعادت الخدمة التوجيه إلى عنوان غير مشفّر</translation>
     </message>
 </context>
 <context>

@@ -55,6 +55,37 @@
     </message>
 </context>
 <context>
+    <name>DesktopReport</name>
+    <message>
+        <source>Orvanta Focus cannot see which application is in front. Install its GNOME extension, then log out and in.</source>
+        <translation>Orvanta Focus kann nicht sehen, welche App im Vordergrund ist. Installieren Sie die GNOME-Erweiterung und melden Sie sich dann ab und wieder an.</translation>
+    </message>
+    <message>
+        <source>Orvanta Focus cannot see which application is in front: KWin takes no script from it. Start it from within Plasma, or log out and in.</source>
+        <translation>Orvanta Focus kann nicht sehen, welche App im Vordergrund ist: KWin nimmt kein Skript von ihm an. Starten Sie es aus Plasma heraus oder melden Sie sich ab und wieder an.</translation>
+    </message>
+    <message>
+        <source>Application blocking is not available here; website blocking works.</source>
+        <translation>Apps können hier nicht blockiert werden; Websites schon.</translation>
+    </message>
+    <message>
+        <source>Orvanta Focus cannot hide applications: sway does not take its commands. Start it from within sway.</source>
+        <translation>Orvanta Focus kann keine Apps ausblenden: sway nimmt seine Befehle nicht an. Starten Sie es aus sway heraus.</translation>
+    </message>
+    <message>
+        <source>Orvanta Focus cannot cover applications. Install Qt&apos;s Wayland platform (qt6-wayland).</source>
+        <translation>Orvanta Focus kann keine Apps verdecken. Installieren Sie die Wayland-Plattform von Qt (qt6-wayland).</translation>
+    </message>
+    <message>
+        <source>Orvanta Focus cannot cover applications. Start it where XWayland runs.</source>
+        <translation>Orvanta Focus kann keine Apps verdecken. Starten Sie es dort, wo XWayland läuft.</translation>
+    </message>
+    <message>
+        <source>This desktop does not tell how long nothing was typed or moved; activity counts as going on.</source>
+        <translation>Dieser Desktop verrät nicht, wie lange nichts getippt oder bewegt wurde; Aktivität gilt als fortdauernd.</translation>
+    </message>
+</context>
+<context>
     <name>DomainEditor</name>
     <message>
         <source>Block website</source>
@@ -248,6 +279,49 @@
     <message>
         <source>is not one JSON object</source>
         <translation>ist kein einzelnes JSON-Objekt</translation>
+    </message>
+    <message>
+        <source>%1 could not be saved: it %2</source>
+        <translation>%1 konnte nicht gespeichert werden: sie %2</translation>
+    </message>
+    <message>
+        <source>%1 %2; it was changed just now, so nothing is saved in its place yet</source>
+        <translation>%1 %2; sie wurde gerade erst geändert, daher wird noch nichts an ihrer Stelle gespeichert</translation>
+    </message>
+</context>
+<context>
+    <name>TransportError</name>
+    <message>
+        <source>The answer is too large</source>
+        <translation>Die Antwort ist zu groß</translation>
+    </message>
+    <message>
+        <source>The connection was lost</source>
+        <translation>Die Verbindung ging verloren</translation>
+    </message>
+    <message>
+        <source>The request timed out</source>
+        <translation>Die Anfrage hat zu lange gedauert</translation>
+    </message>
+    <message>
+        <source>Only https and http addresses can be reached</source>
+        <translation>Nur https- und http-Adressen sind erreichbar</translation>
+    </message>
+    <message>
+        <source>The service redirected too many times</source>
+        <translation>Der Dienst hat zu oft umgeleitet</translation>
+    </message>
+    <message>
+        <source>The request was cancelled</source>
+        <translation>Die Anfrage wurde abgebrochen</translation>
+    </message>
+    <message>
+        <source>The service redirected to an address that is neither https nor http</source>
+        <translation>Der Dienst hat auf eine Adresse umgeleitet, die weder https noch http ist</translation>
+    </message>
+    <message>
+        <source>The service redirected to an address that is not encrypted</source>
+        <translation>Der Dienst hat auf eine unverschlüsselte Adresse umgeleitet</translation>
     </message>
 </context>
 <context>

@@ -55,6 +55,37 @@
     </message>
 </context>
 <context>
+    <name>DesktopReport</name>
+    <message>
+        <source>Orvanta Focus cannot see which application is in front. Install its GNOME extension, then log out and in.</source>
+        <translation>Orvanta Focus no puede ver qué aplicación está delante. Instala su extensión de GNOME; después, cierra la sesión y vuelve a entrar.</translation>
+    </message>
+    <message>
+        <source>Orvanta Focus cannot see which application is in front: KWin takes no script from it. Start it from within Plasma, or log out and in.</source>
+        <translation>Orvanta Focus no puede ver qué aplicación está delante: KWin no acepta su script. Inícialo desde Plasma, o cierra la sesión y vuelve a entrar.</translation>
+    </message>
+    <message>
+        <source>Application blocking is not available here; website blocking works.</source>
+        <translation>Aquí no se pueden bloquear aplicaciones; los sitios web sí.</translation>
+    </message>
+    <message>
+        <source>Orvanta Focus cannot hide applications: sway does not take its commands. Start it from within sway.</source>
+        <translation>Orvanta Focus no puede ocultar aplicaciones: sway no acepta sus órdenes. Inícialo desde sway.</translation>
+    </message>
+    <message>
+        <source>Orvanta Focus cannot cover applications. Install Qt&apos;s Wayland platform (qt6-wayland).</source>
+        <translation>Orvanta Focus no puede cubrir aplicaciones. Instala la plataforma Wayland de Qt (qt6-wayland).</translation>
+    </message>
+    <message>
+        <source>Orvanta Focus cannot cover applications. Start it where XWayland runs.</source>
+        <translation>Orvanta Focus no puede cubrir aplicaciones. Inícialo donde funcione XWayland.</translation>
+    </message>
+    <message>
+        <source>This desktop does not tell how long nothing was typed or moved; activity counts as going on.</source>
+        <translation>Este escritorio no indica cuánto tiempo hace que no se escribe ni se mueve nada; la actividad cuenta como continua.</translation>
+    </message>
+</context>
+<context>
     <name>DomainEditor</name>
     <message>
         <source>Block website</source>
@@ -248,6 +279,49 @@
     <message>
         <source>is not one JSON object</source>
         <translation>no es un único objeto JSON</translation>
+    </message>
+    <message>
+        <source>%1 could not be saved: it %2</source>
+        <translation>No se ha podido guardar %1: %2</translation>
+    </message>
+    <message>
+        <source>%1 %2; it was changed just now, so nothing is saved in its place yet</source>
+        <translation>%1 %2; acaba de modificarse, así que todavía no se guarda nada en su lugar</translation>
+    </message>
+</context>
+<context>
+    <name>TransportError</name>
+    <message>
+        <source>The answer is too large</source>
+        <translation>La respuesta es demasiado grande</translation>
+    </message>
+    <message>
+        <source>The connection was lost</source>
+        <translation>Se ha perdido la conexión</translation>
+    </message>
+    <message>
+        <source>The request timed out</source>
+        <translation>La solicitud ha tardado demasiado</translation>
+    </message>
+    <message>
+        <source>Only https and http addresses can be reached</source>
+        <translation>Solo se puede acceder a direcciones https y http</translation>
+    </message>
+    <message>
+        <source>The service redirected too many times</source>
+        <translation>El servicio ha redirigido demasiadas veces</translation>
+    </message>
+    <message>
+        <source>The request was cancelled</source>
+        <translation>La solicitud se ha cancelado</translation>
+    </message>
+    <message>
+        <source>The service redirected to an address that is neither https nor http</source>
+        <translation>El servicio ha redirigido a una dirección que no es ni https ni http</translation>
+    </message>
+    <message>
+        <source>The service redirected to an address that is not encrypted</source>
+        <translation>El servicio ha redirigido a una dirección sin cifrar</translation>
     </message>
 </context>
 <context>

@@ -55,6 +55,37 @@
     </message>
 </context>
 <context>
+    <name>DesktopReport</name>
+    <message>
+        <source>Orvanta Focus cannot see which application is in front. Install its GNOME extension, then log out and in.</source>
+        <translation>Orvanta Focus ne peut pas voir quelle application est au premier plan. Installez son extension GNOME, puis fermez la session et rouvrez-la.</translation>
+    </message>
+    <message>
+        <source>Orvanta Focus cannot see which application is in front: KWin takes no script from it. Start it from within Plasma, or log out and in.</source>
+        <translation>Orvanta Focus ne peut pas voir quelle application est au premier plan : KWin n’accepte pas son script. Lancez-le depuis Plasma, ou fermez la session et rouvrez-la.</translation>
+    </message>
+    <message>
+        <source>Application blocking is not available here; website blocking works.</source>
+        <translation>Le blocage des applications n’est pas disponible ici ; celui des sites web fonctionne.</translation>
+    </message>
+    <message>
+        <source>Orvanta Focus cannot hide applications: sway does not take its commands. Start it from within sway.</source>
+        <translation>Orvanta Focus ne peut pas masquer les applications : sway n’accepte pas ses commandes. Lancez-le depuis sway.</translation>
+    </message>
+    <message>
+        <source>Orvanta Focus cannot cover applications. Install Qt&apos;s Wayland platform (qt6-wayland).</source>
+        <translation>Orvanta Focus ne peut pas couvrir les applications. Installez la plateforme Wayland de Qt (qt6-wayland).</translation>
+    </message>
+    <message>
+        <source>Orvanta Focus cannot cover applications. Start it where XWayland runs.</source>
+        <translation>Orvanta Focus ne peut pas couvrir les applications. Lancez-le là où XWayland fonctionne.</translation>
+    </message>
+    <message>
+        <source>This desktop does not tell how long nothing was typed or moved; activity counts as going on.</source>
+        <translation>Ce bureau n’indique pas depuis combien de temps rien n’a été saisi ni déplacé ; l’activité est considérée comme continue.</translation>
+    </message>
+</context>
+<context>
     <name>DomainEditor</name>
     <message>
         <source>Block website</source>
@@ -248,6 +279,49 @@
     <message>
         <source>is not one JSON object</source>
         <translation>n’est pas un objet JSON unique</translation>
+    </message>
+    <message>
+        <source>%1 could not be saved: it %2</source>
+        <translation>%1 n’a pas pu être enregistré : il %2</translation>
+    </message>
+    <message>
+        <source>%1 %2; it was changed just now, so nothing is saved in its place yet</source>
+        <translation>%1 %2 ; il vient d’être modifié, donc rien n’est encore enregistré à sa place</translation>
+    </message>
+</context>
+<context>
+    <name>TransportError</name>
+    <message>
+        <source>The answer is too large</source>
+        <translation>La réponse est trop volumineuse</translation>
+    </message>
+    <message>
+        <source>The connection was lost</source>
+        <translation>La connexion a été perdue</translation>
+    </message>
+    <message>
+        <source>The request timed out</source>
+        <translation>La requête a pris trop de temps</translation>
+    </message>
+    <message>
+        <source>Only https and http addresses can be reached</source>
+        <translation>Seules les adresses https et http sont accessibles</translation>
+    </message>
+    <message>
+        <source>The service redirected too many times</source>
+        <translation>Le service a redirigé trop de fois</translation>
+    </message>
+    <message>
+        <source>The request was cancelled</source>
+        <translation>La requête a été annulée</translation>
+    </message>
+    <message>
+        <source>The service redirected to an address that is neither https nor http</source>
+        <translation>Le service a redirigé vers une adresse qui n’est ni https ni http</translation>
+    </message>
+    <message>
+        <source>The service redirected to an address that is not encrypted</source>
+        <translation>Le service a redirigé vers une adresse non chiffrée</translation>
     </message>
 </context>
 <context>

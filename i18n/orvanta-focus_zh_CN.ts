@@ -55,6 +55,37 @@
     </message>
 </context>
 <context>
+    <name>DesktopReport</name>
+    <message>
+        <source>Orvanta Focus cannot see which application is in front. Install its GNOME extension, then log out and in.</source>
+        <translation>Orvanta Focus 无法得知哪个应用在最前面。请安装它的 GNOME 扩展，然后注销并重新登录。</translation>
+    </message>
+    <message>
+        <source>Orvanta Focus cannot see which application is in front: KWin takes no script from it. Start it from within Plasma, or log out and in.</source>
+        <translation>Orvanta Focus 无法得知哪个应用在最前面：KWin 不接受它的脚本。请在 Plasma 中启动它，或注销并重新登录。</translation>
+    </message>
+    <message>
+        <source>Application blocking is not available here; website blocking works.</source>
+        <translation>此处无法屏蔽应用；网站屏蔽可以使用。</translation>
+    </message>
+    <message>
+        <source>Orvanta Focus cannot hide applications: sway does not take its commands. Start it from within sway.</source>
+        <translation>Orvanta Focus 无法隐藏应用：sway 不接受它的命令。请在 sway 中启动它。</translation>
+    </message>
+    <message>
+        <source>Orvanta Focus cannot cover applications. Install Qt&apos;s Wayland platform (qt6-wayland).</source>
+        <translation>Orvanta Focus 无法遮盖应用。请安装 Qt 的 Wayland 平台 (qt6-wayland)。</translation>
+    </message>
+    <message>
+        <source>Orvanta Focus cannot cover applications. Start it where XWayland runs.</source>
+        <translation>Orvanta Focus 无法遮盖应用。请在运行 XWayland 的环境中启动它。</translation>
+    </message>
+    <message>
+        <source>This desktop does not tell how long nothing was typed or moved; activity counts as going on.</source>
+        <translation>此桌面不提供多久没有键入或移动的信息；将视为一直在活动。</translation>
+    </message>
+</context>
+<context>
     <name>DomainEditor</name>
     <message>
         <source>Block website</source>
@@ -248,6 +279,49 @@
     <message>
         <source>is not one JSON object</source>
         <translation>不是单个 JSON 对象</translation>
+    </message>
+    <message>
+        <source>%1 could not be saved: it %2</source>
+        <translation>无法保存 %1：它%2</translation>
+    </message>
+    <message>
+        <source>%1 %2; it was changed just now, so nothing is saved in its place yet</source>
+        <translation>%1 %2；它刚刚被更改，因此暂不在其位置保存任何内容</translation>
+    </message>
+</context>
+<context>
+    <name>TransportError</name>
+    <message>
+        <source>The answer is too large</source>
+        <translation>回复过大</translation>
+    </message>
+    <message>
+        <source>The connection was lost</source>
+        <translation>连接已断开</translation>
+    </message>
+    <message>
+        <source>The request timed out</source>
+        <translation>请求超时</translation>
+    </message>
+    <message>
+        <source>Only https and http addresses can be reached</source>
+        <translation>只能访问 https 和 http 地址</translation>
+    </message>
+    <message>
+        <source>The service redirected too many times</source>
+        <translation>服务重定向次数过多</translation>
+    </message>
+    <message>
+        <source>The request was cancelled</source>
+        <translation>请求已取消</translation>
+    </message>
+    <message>
+        <source>The service redirected to an address that is neither https nor http</source>
+        <translation>服务重定向到了既不是 https 也不是 http 的地址</translation>
+    </message>
+    <message>
+        <source>The service redirected to an address that is not encrypted</source>
+        <translation>服务重定向到了未加密的地址</translation>
     </message>
 </context>
 <context>

@@ -9,6 +9,8 @@
 
 #include <QPointer>
 
+#include <algorithm>
+
 namespace orvanta {
 
 using namespace Qt::StringLiterals;
@@ -24,6 +26,10 @@ AppModel::AppModel(const AppModelDependencies& dependencies, const QStringList& 
           dependencies.systemNotifications, dependencies.runningApplications, dependencies.urlOpener, dependencies.service.blockedPage)
     , m_systemFocusMonitor(dependencies.systemFocus, dependencies.systemFocusPause)
 {
+    m_saveAgain.setSingleShot(true);
+    m_saveAgain.setInterval(m_dependencies.pauseAfterFailedSave);
+    m_saveAgain.callOnTimeout(this, &AppModel::saveAgain);
+
     // 1. What earlier versions left behind goes, in the background.
     LegacyDNSProxyRemoval::run(m_dependencies.dnsProxyManager);
 
@@ -71,6 +77,15 @@ QString AppModel::focusStatusLabel() const
 QString AppModel::permissionHint() const
 {
     return m_dependencies.statusHint ? m_dependencies.statusHint(m_permissionSummary) : QString();
+}
+
+QStringList AppModel::notices() const
+{
+    QStringList all = m_notices;
+    for (const FailedSave& save : m_failedSaves)
+        if (!all.contains(save.reason))
+            all << save.reason;
+    return all + m_desktopNotices;
 }
 
 QString AppModel::websiteProtectionTitle() const
@@ -336,11 +351,42 @@ void AppModel::setDesktopNotices(const QStringList& notices)
 
 void AppModel::store(KeyValueStore& store, const QString& key, const StoredValue& value)
 {
+    const QStringList before = notices();
     const auto stored = store.setValue(key, value);
-    if (stored || m_notices.contains(stored.error().description))
-        return;
-    m_notices << stored.error().description;
-    Q_EMIT noticesChanged();
+    const auto failure = stored ? std::nullopt : std::optional(stored.error().description);
+    noteSave(store, key, failure);
+    if (failure)
+        m_saveAgain.start();
+    if (const auto problem = store.takeProblem(); problem && problem != failure && !m_notices.contains(*problem))
+        m_notices << *problem;
+    if (notices() != before)
+        Q_EMIT noticesChanged();
+}
+
+/// Once: what fails again waits for the next change of the lists.
+void AppModel::saveAgain()
+{
+    for (const FailedSave& save : std::vector(m_failedSaves)) {
+        if (save.key == StoredLists::domainsKey)
+            store(*save.store, save.key, m_blockedDomains.values());
+        else if (const auto encoded = encodeBlockedApplications(m_blockedApplications))
+            store(*save.store, save.key, *encoded);
+    }
+    m_saveAgain.stop();
+}
+
+/// A failure is told until the same value is saved at last.
+void AppModel::noteSave(KeyValueStore& store, const QString& key, const std::optional<QString>& failure)
+{
+    const auto noted = std::ranges::find_if(m_failedSaves, [&](const FailedSave& save) { return save.store == &store && save.key == key; });
+    if (!failure) {
+        if (noted != m_failedSaves.end())
+            m_failedSaves.erase(noted);
+    } else if (noted != m_failedSaves.end()) {
+        noted->reason = *failure;
+    } else {
+        m_failedSaves.push_back({ .store = &store, .key = key, .reason = *failure });
+    }
 }
 
 } // namespace orvanta

@@ -20,6 +20,7 @@
 #include <QQmlEngine>
 #include <QString>
 #include <QStringList>
+#include <QTimer>
 
 #include <chrono>
 #include <functional>
@@ -51,6 +52,7 @@ struct AppModelDependencies {
     ServiceConfiguration service;
     std::function<QString(const QString& status)> statusHint {}; ///< may be empty
     std::chrono::milliseconds pollPause = PollingTask::defaultPause;
+    std::chrono::milliseconds pauseAfterFailedSave = std::chrono::seconds { 3 }; ///< longer than a file is left to who writes it
     std::chrono::milliseconds systemFocusPause = SystemFocusMonitor::defaultPause;
 };
 
@@ -86,7 +88,7 @@ public:
     /// What this system's users need to know beside that line; mostly nothing.
     [[nodiscard]] QString permissionHint() const;
     /// Further lines for the user, beside the status: what could not be stored, and what was found damaged.
-    [[nodiscard]] QStringList notices() const { return m_notices + m_desktopNotices; }
+    [[nodiscard]] QStringList notices() const;
     /// What the desktop lacks now, in place of what it lacked before; stands after the other notices.
     void setDesktopNotices(const QStringList& notices);
     [[nodiscard]] WebsiteProtectionState websiteProtectionState() const { return m_websiteProtectionState; }
@@ -121,6 +123,13 @@ Q_SIGNALS:
 private:
     enum class SyncToCloud { no, yes };
 
+    /// What the store could not take in last time.
+    struct FailedSave {
+        KeyValueStore* store;
+        QString key;
+        QString reason;
+    };
+
     [[nodiscard]] bool cloudSyncEnabled() const { return !m_options.isUiTest; }
     void readLaunchArguments(const QStringList& arguments);
     void eraseLocalLists();
@@ -144,6 +153,8 @@ private:
     void storeDomains();
     [[nodiscard]] std::optional<QByteArray> storeApplications();
     void store(KeyValueStore& store, const QString& key, const StoredValue& value);
+    void saveAgain();
+    void noteSave(KeyValueStore& store, const QString& key, const std::optional<QString>& failure);
 
     AppModelDependencies m_dependencies;
     LaunchOptions m_options;
@@ -153,6 +164,8 @@ private:
     std::vector<BlockedApplication> m_blockedApplications;
     QString m_permissionSummary;
     QStringList m_notices;
+    std::vector<FailedSave> m_failedSaves; ///< one for each value that is not stored as it is; told after the other notices
+    QTimer m_saveAgain;                    ///< runs after a failed save
     QStringList m_desktopNotices;
     WebsiteProtectionState m_websiteProtectionState;
 

@@ -13,6 +13,8 @@ struct LaunchOptions {
     bool isUiTest = false;                    ///< "--ui-test": no cloud, and the local lists are erased at start
 
     [[nodiscard]] static LaunchOptions read(const QStringList& arguments);
+
+    bool operator==(const LaunchOptions&) const = default;
 };
 
 } // namespace orvanta

@@ -25,7 +25,7 @@ namespace {
 
 constexpr int usageError = 2;
 
-int fail(const QString& reason, int status)
+int endWith(const QString& reason, int status)
 {
     std::fprintf(stderr, "orvanta-focus: %s\n", qUtf8Printable(reason));
     return status;
@@ -42,11 +42,11 @@ int main(int argc, char** argv)
 {
     const auto service = ServiceConfiguration::make(QStringLiteral(ORVANTA_SERVICE_ORIGIN), environment("ORVANTA_SERVICE_ORIGIN"));
     if (!service)
-        return fail(service.error(), usageError);
+        return endWith(service.error(), usageError);
     if (std::find(argv, argv + argc, std::string_view("--diagnose")) != argv + argc)
         return printDiagnosis(diagnoseDesktop(), stdout);
     if (const auto prepared = preparePlatform(); !prepared)
-        return fail(prepared.error().description, EXIT_FAILURE);
+        return endWith(prepared.error().description, EXIT_FAILURE);
     Application application(argc, argv);
     Application::setApplicationName(u"orvanta-focus"_s);
     Application::setApplicationDisplayName(u"Orvanta Focus"_s);
@@ -57,8 +57,10 @@ int main(int argc, char** argv)
     if (arguments.contains(u"--print-activity"_s))
         return printActivity(activitySourcesFactory()(), stdout) ? EXIT_SUCCESS : EXIT_FAILURE;
     SingleInstance instance;
-    if (!LaunchOptions::read(arguments).isUiTest && instance.claim() == SingleInstance::Claim::anotherOneRuns)
-        return EXIT_SUCCESS;
+    const LaunchOptions options = LaunchOptions::read(arguments);
+    if (!options.isUiTest && instance.claim() == SingleInstance::Claim::anotherOneRuns)
+        return options == LaunchOptions() ? EXIT_SUCCESS
+                                          : endWith(u"the copy that runs was shown; the arguments of this start are not carried out"_s, EXIT_SUCCESS);
     Application::setQuitOnLastWindowClosed(false); // the program watches on without its window
 
     QQmlEngine engine;

@@ -5,6 +5,7 @@ namespace orvanta {
 PollingTask::PollingTask(FocusAPIClient client, Callback<const Answer&> answered, std::chrono::milliseconds pause)
     : m_client(std::move(client))
     , m_answered(std::move(answered))
+    , m_sleep(this)
 {
     m_sleep.setSingleShot(true);
     m_sleep.setTimerType(Qt::PreciseTimer);

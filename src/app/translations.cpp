@@ -1,6 +1,7 @@
 #include "app/translations.h"
 
 #include <QGuiApplication>
+#include <QLibraryInfo>
 
 namespace orvanta {
 
@@ -54,6 +55,9 @@ Translations::Translations(const QStringList& languages)
     const auto translation = translationFor(languages);
     if (!translation || !m_translator.load(u":/i18n/orvanta-focus_%1.qm"_s.arg(*translation)))
         return;
+    // Where Qt's own are not installed, its words stay English.
+    if (m_qtTranslator.load(u"qtbase_%1"_s.arg(*translation), QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+        QCoreApplication::installTranslator(&m_qtTranslator);
     QCoreApplication::installTranslator(&m_translator);
     QGuiApplication::setLayoutDirection(QLocale(*translation).textDirection());
 }
@@ -61,6 +65,7 @@ Translations::Translations(const QStringList& languages)
 Translations::~Translations()
 {
     QCoreApplication::removeTranslator(&m_translator);
+    QCoreApplication::removeTranslator(&m_qtTranslator);
 }
 
 } // namespace orvanta

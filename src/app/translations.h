@@ -14,8 +14,9 @@ namespace orvanta {
 /// offered to those who read the traditional one.
 [[nodiscard]] std::optional<QString> translationFor(const QStringList& languages);
 
-/// The program's words in the user's language, where there is a translation, and the direction in which that is written.
-/// Made right after the application object; the words go with it.
+/// The program's words in the user's language, where there is a translation, and the direction in which that is written;
+/// with them Qt's own, which say why the service could not be reached. Made right after the application object; the words
+/// go with it.
 class Translations {
 public:
     explicit Translations(const QStringList& languages = QLocale().uiLanguages());
@@ -25,6 +26,7 @@ public:
     Translations& operator=(const Translations&) = delete;
 
 private:
+    QTranslator m_qtTranslator;
     QTranslator m_translator;
 };
 

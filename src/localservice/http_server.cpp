@@ -29,8 +29,6 @@ constexpr std::size_t memoryOfConnection = std::size_t { 64 } * 1024;
 constexpr std::uint64_t longestDroppedBody = std::uint64_t { 64 } * 1024 * 1024;
 // What is asked of a body at once that is made while it is sent.
 constexpr std::size_t askedAtOnce = std::size_t { 32 } * 1024;
-// As GnuTLS takes it: 1.2 and later.
-constexpr const char* tlsVersions = "NORMAL:-VERS-TLS1.0:-VERS-TLS1.1";
 // The library's usual choice but for the versions of TLS before 1.2, which it would still take.
 constexpr auto encryptionRules = "NORMAL:-VERS-TLS1.0:-VERS-TLS1.1:-VERS-DTLS-ALL";
 
@@ -222,7 +220,6 @@ std::expected<void, QString> HttpServer::listen(const QHostAddress& address, qui
     std::vector<MHD_OptionItem> encrypting;
     if (encryption) {
         encrypting.push_back({ MHD_OPTION_HTTPS_MEM_CERT, 0, const_cast<char*>(encryption->certificateChain.constData()) });
-        encrypting.push_back({ MHD_OPTION_HTTPS_PRIORITIES, 0, const_cast<char*>(tlsVersions) });
         encrypting.push_back({ MHD_OPTION_HTTPS_MEM_KEY, 0, const_cast<char*>(encryption->privateKey.constData()) });
         encrypting.push_back({ MHD_OPTION_HTTPS_PRIORITIES, 0, const_cast<char*>(encryptionRules) });
     }
@@ -235,8 +232,7 @@ std::expected<void, QString> HttpServer::listen(const QHostAddress& address, qui
         ::close(listening);
         if (encryption)
             return std::unexpected(u"The certificate and the private key cannot be used together"_s);
-        return std::unexpected(encryption ? u"The certificate and the private key cannot be used together"_s
-                                          : u"Cannot serve on %1, port %2"_s.arg(address.toString()).arg(port));
+        return std::unexpected(u"Cannot serve on %1, port %2"_s.arg(address.toString()).arg(port));
     }
     const auto* info = MHD_get_daemon_info(m_daemon.get(), MHD_DAEMON_INFO_EPOLL_FD);
     m_notifier = std::make_unique<QSocketNotifier>(info->epoll_fd, QSocketNotifier::Read);

@@ -29,11 +29,16 @@ public:
     [[nodiscard]] virtual std::optional<StoredValue> value(const QString& key) = 0;
 
     /// Puts `value` under `key`. When it returns without an error, the new value survives a crash of the program
-    /// and of the machine; with one, the old value is still whole. A ForeignValue cannot be written: an error.
+    /// and of the machine; with one, the old value is still whole. A ForeignValue cannot be written: an error. Other
+    /// errors may pass: somebody else may be writing at the moment.
     virtual Result<void> setValue(const QString& key, const StoredValue& value) = 0;
 
     /// Takes `key` away. A key that is not there is no error.
     virtual Result<void> remove(const QString& key) = 0;
+
+    /// What happened to what is stored that the user ought to know, in a sentence: a damaged file was moved aside, say. A
+    /// write may bring it about, also one that succeeds, so ask after each. Each is told once; most stores have none.
+    [[nodiscard]] virtual std::optional<QString> takeProblem() { return std::nullopt; }
 };
 
 } // namespace orvanta

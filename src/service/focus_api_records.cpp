@@ -71,8 +71,9 @@ std::optional<std::int64_t> asInteger(const Json& value)
         return value.get<std::int64_t>();
     if (value.is_number_float()) {
         const auto number = value.get<double>();
-        constexpr double limit = 0x1p63; // the first double above the range; its negative is the range's lowest
-        if (number >= -limit && number < limit && std::trunc(number) == number)
+        // The first double above the range. Its negative is the range's lowest, and stands as well for numbers below it.
+        constexpr double limit = 0x1p63;
+        if (number > -limit && number < limit && std::trunc(number) == number)
             return static_cast<std::int64_t>(number);
     }
     return std::nullopt;

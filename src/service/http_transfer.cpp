@@ -3,6 +3,7 @@
 #include "service/redirect.h"
 #include "service/single_use_body.h"
 
+#include <QCoreApplication>
 #include <QNetworkRequest>
 
 namespace orvanta {
@@ -11,7 +12,10 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString tooLarge = u"The answer is too large"_s;
+QString tooLarge()
+{
+    return QCoreApplication::translate("TransportError", "The answer is too large");
+}
 
 /// `value` as a header can carry it. A line break would end the header, and what follows would be read as headers of
 /// its own; HTTP tells whoever meets one inside a value to take it as a space. A space at the end does not belong to
@@ -70,7 +74,7 @@ QString description(QNetworkReply::NetworkError error, const QString& text)
 {
     // The second is what a request with a body makes of the first, see SingleUseBody.
     if (error == QNetworkReply::RemoteHostClosedError || error == QNetworkReply::ContentReSendError)
-        return u"The connection was lost"_s;
+        return QCoreApplication::translate("TransportError", "The connection was lost");
     return text;
 }
 
@@ -80,7 +84,7 @@ HttpTransfer::HttpTransfer(HttpRequest request) : m_request(std::move(request)),
 {
     m_deadline.setSingleShot(true);
     m_deadline.setTimerType(Qt::PreciseTimer); // a coarse one may end a request a twentieth early
-    m_deadline.callOnTimeout(this, [this] { fail(u"The request timed out"_s); });
+    m_deadline.callOnTimeout(this, [this] { fail(QCoreApplication::translate("TransportError", "The request timed out")); });
 }
 
 void HttpTransfer::start(std::shared_ptr<QNetworkAccessManager> manager, std::shared_ptr<const QSslConfiguration> tls)
@@ -88,7 +92,7 @@ void HttpTransfer::start(std::shared_ptr<QNetworkAccessManager> manager, std::sh
     m_manager = std::move(manager);
     m_tls = std::move(tls);
     if (m_request.url.scheme() != "https"_L1 && m_request.url.scheme() != "http"_L1)
-        return fail(u"Only https and http addresses can be reached"_s);
+        return fail(QCoreApplication::translate("TransportError", "Only https and http addresses can be reached"));
     m_deadline.start(m_request.timeout);
     sendRequest();
 }
@@ -113,7 +117,7 @@ void HttpTransfer::sendRequest()
     connect(m_reply, &QNetworkReply::finished, this, &HttpTransfer::takeAnswer);
     connect(m_reply, &QNetworkReply::readyRead, this, [this] {
         if (m_reply->bytesAvailable() > largestBody)
-            fail(tooLarge);
+            fail(tooLarge());
     });
 }
 
@@ -134,14 +138,14 @@ void HttpTransfer::takeAnswer()
     // A packed body grows while it is read, so what has come does not tell its size.
     QByteArray body = m_reply->read(largestBody + 1);
     if (body.size() > largestBody)
-        return fail(tooLarge);
+        return fail(tooLarge());
     finish(UrlResponse { .statusCode = statusCode, .body = std::move(body) });
 }
 
 void HttpTransfer::follow(HttpRequest next)
 {
     if (++m_redirects > mostRedirects)
-        return fail(u"The service redirected too many times"_s);
+        return fail(QCoreApplication::translate("TransportError", "The service redirected too many times"));
     m_reply->disconnect(this);
     m_reply->deleteLater();
     m_request = std::move(next);

@@ -3,6 +3,7 @@
 #include "service/http_transfer.h"
 #include "service/origin.h"
 
+#include <QCoreApplication>
 #include <QNetworkProxyFactory>
 #include <QPointer>
 #include <QSet>
@@ -21,7 +22,10 @@ namespace {
 /// it would cost a request its whole time-out. Polls come every few seconds, so in a waking machine it is never reached.
 constexpr std::chrono::seconds longestSilence { 30 };
 
-const QString cancelledText = u"The request was cancelled"_s;
+QString cancelledText()
+{
+    return QCoreApplication::translate("TransportError", "The request was cancelled");
+}
 
 /// Takes the first of the answers that two threads may give: the session's, and whoever asks to stop.
 class FirstAnswer {
@@ -93,7 +97,7 @@ public:
     void shutDown()
     {
         for (HttpTransfer* transfer : findChildren<HttpTransfer*>(Qt::FindDirectChildrenOnly))
-            transfer->fail(cancelledText);
+            transfer->fail(cancelledText());
         m_manager.reset();
         thread()->quit();
     }
@@ -157,12 +161,12 @@ UrlResult NetworkUrlSession::sendAndWait(HttpRequest request, const std::stop_to
     start(transfer);
 
     const std::stop_callback cancelled(stop, [this, &answer, &guard] {
-        answer->give(std::unexpected(TransportError { cancelledText }));
+        answer->give(std::unexpected(TransportError { cancelledText() }));
         QMetaObject::invokeMethod(
             m_worker,
             [guard] {
                 if (guard)
-                    guard->fail(cancelledText);
+                    guard->fail(cancelledText());
             },
             Qt::QueuedConnection);
     });

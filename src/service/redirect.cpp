@@ -2,6 +2,8 @@
 
 #include "service/origin.h"
 
+#include <QCoreApplication>
+
 namespace orvanta {
 
 using namespace Qt::StringLiterals;
@@ -47,10 +49,12 @@ std::expected<std::optional<HttpRequest>, TransportError> redirected(
     next.url = request.url.resolved(relative);
     next.url.setUserInfo(QString()); // otherwise the redirecting side would choose what we authenticate with
     if (next.url.scheme() != "https"_L1 && next.url.scheme() != "http"_L1)
-        return std::unexpected(TransportError { u"The service redirected to an address that is neither https nor http"_s });
+        return std::unexpected(
+            TransportError { QCoreApplication::translate("TransportError", "The service redirected to an address that is neither https nor http") });
     const bool losesEncryption = request.url.scheme() == "https"_L1 && next.url.scheme() == "http"_L1;
     if (losesEncryption || !isConfidential(next.url))
-        return std::unexpected(TransportError { u"The service redirected to an address that is not encrypted"_s });
+        return std::unexpected(
+            TransportError { QCoreApplication::translate("TransportError", "The service redirected to an address that is not encrypted") });
 
     if (!haveSameOrigin(request.url, next.url))
         dropHeaders(next, [](const QByteArray& name) { return name == "authorization"; });

@@ -13,6 +13,7 @@ public:
     [[nodiscard]] std::optional<StoredValue> value(const QString& key) override { return local.value(key); }
     Result<void> setValue(const QString& key, const StoredValue& value) override { return local.setValue(key, value); }
     Result<void> remove(const QString& key) override { return local.remove(key); }
+    [[nodiscard]] std::optional<QString> takeProblem() override { return local.takeProblem(); }
 
     void synchronise() override
     {

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace orvanta::testing {
@@ -50,7 +51,10 @@ public:
         return {};
     }
 
+    [[nodiscard]] std::optional<QString> takeProblem() override { return std::exchange(problem, std::nullopt); }
+
     std::map<QString, StoredValue> values;
+    std::optional<QString> problem;            ///< what happened and was not asked for yet
     std::optional<PlatformError> writeFailure; ///< as long as it is there, every write fails with it
     std::vector<StoreCall> calls;              ///< in order
 };

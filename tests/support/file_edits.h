@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -24,6 +25,14 @@ namespace orvanta::testing {
 {
     const QString prepared = path + QStringLiteral(".partial");
     return writeInPlace(prepared, content) && std::rename(QFile::encodeName(prepared).constData(), QFile::encodeName(path).constData()) == 0;
+}
+
+/// As if the file had been written so many seconds ago.
+[[nodiscard]] inline bool makeOlder(const QString& path, qint64 seconds = 3600)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadWrite | QIODevice::ExistingOnly)
+        && file.setFileTime(QDateTime::currentDateTime().addSecs(-seconds), QFileDevice::FileModificationTime);
 }
 
 /// Null when the file cannot be read.

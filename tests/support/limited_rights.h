@@ -3,7 +3,9 @@
 #include <QFile>
 #include <QString>
 
+#include <algorithm>
 #include <csignal>
+#include <vector>
 
 #include <sys/resource.h>
 #include <unistd.h>
@@ -53,6 +55,35 @@ public:
 private:
     rlimit m_before {};
     void (*m_signal)(int);
+};
+
+/// As long as it lives, this process can open `left` more files and then none.
+class FewFiles {
+public:
+    explicit FewFiles(std::size_t left)
+    {
+        ::getrlimit(RLIMIT_NOFILE, &m_before);
+        const rlimit limit { std::min<rlim_t>(m_before.rlim_cur, 512), m_before.rlim_max };
+        ::setrlimit(RLIMIT_NOFILE, &limit);
+        for (int file = ::dup(STDERR_FILENO); file >= 0; file = ::dup(STDERR_FILENO))
+            m_files.push_back(file);
+        for (; left > 0 && !m_files.empty(); --left) {
+            ::close(m_files.back());
+            m_files.pop_back();
+        }
+    }
+    FewFiles(const FewFiles&) = delete;
+    FewFiles& operator=(const FewFiles&) = delete;
+    ~FewFiles()
+    {
+        for (const int file : m_files)
+            ::close(file);
+        ::setrlimit(RLIMIT_NOFILE, &m_before);
+    }
+
+private:
+    rlimit m_before {};
+    std::vector<int> m_files;
 };
 
 } // namespace orvanta::testing

@@ -37,6 +37,7 @@ public:
         m_log.add(m_name + QStringLiteral(".remove ") + key);
         return m_store.remove(key);
     }
+    [[nodiscard]] std::optional<QString> takeProblem() override { return m_store.takeProblem(); } // no step of its own
 
 private:
     KeyValueStore& m_store;
@@ -52,6 +53,7 @@ public:
     [[nodiscard]] std::optional<StoredValue> value(const QString& key) override { return m_values.value(key); }
     Result<void> setValue(const QString& key, const StoredValue& value) override { return m_values.setValue(key, value); }
     Result<void> remove(const QString& key) override { return m_values.remove(key); }
+    [[nodiscard]] std::optional<QString> takeProblem() override { return m_values.takeProblem(); }
     void synchronise() override
     {
         m_log.add(QStringLiteral("cloud.synchronise"));

@@ -41,6 +41,7 @@ class Arguments(Scene):
         window = focus.own_window()
         self.assertEqual(x11.name_of(window), "Orvanta Focus")
         self.assertEqual(x11.geometry_of(window)[2:], (720, 760))
+        self.assertEqual(x11.minimum_size_of(window), (560, 620))
         self.assert_settings(focus)
 
     def test_focus_active_shows_the_blocking_screen_without_a_reply(self):
@@ -172,10 +173,10 @@ class Refusals(Scene):
 
 
 class SecondStart(Scene):
-    def start_again(self, focus):
-        second = self.keep(Process([BIN / "orvanta-focus"], {"ORVANTA_SERVICE_ORIGIN": "http://127.0.0.1:9"}))
+    def start_again(self, focus, *arguments, output=""):
+        second = self.keep(Process([BIN / "orvanta-focus", *arguments], {"ORVANTA_SERVICE_ORIGIN": "http://127.0.0.1:9"}))
         self.assertEqual(second.wait(), 0, second.output)
-        self.assertEqual(second.output, "")
+        self.assertEqual(second.output, output)
 
         def in_front():
             """Looked for anew each time: the window that comes forward is a new one of the window system's."""
@@ -191,6 +192,17 @@ class SecondStart(Scene):
         window = self.start_again(focus)
         self.assertEqual(x11.stacking()[-1], window)
         self.assertEqual(len(focus.ordinary_windows()), 1)
+
+    def test_a_second_start_says_that_its_arguments_are_not_carried_out(self):
+        focus = self.focus()
+        focus.own_window()
+        line = "orvanta-focus: the copy that runs was shown; the arguments of this start are not carried out\n"
+        for argument in ("--blocked-preview", "--blocked-application-preview", "--focus-active"):
+            with self.subTest(argument=argument):
+                self.start_again(focus, argument, output=line)
+        self.start_again(focus, "--nothing", "word")  # which ask for nothing
+        accessible.wait_for(focus.pid, name="Focus inactive")
+        self.assertFalse(accessible.find(focus.pid, name="Orvanta crown"))
 
     def test_a_window_that_was_closed_comes_back(self):
         focus = self.focus()

@@ -35,6 +35,10 @@ class Lists(Scene):
     def notice(self, focus, *parts):
         return accessible.wait_for_text(focus.pid, lambda text: all(part in text for part in parts), f"a notice with {parts}")
 
+    def asides(self, focus):
+        """What was moved aside in the synced folder."""
+        return [path for path in focus.synced.iterdir() if ".damaged-" in path.name]
+
 
 class Syncing(Lists):
     def test_a_first_start_leaves_the_cloud_untouched(self):
@@ -168,9 +172,33 @@ class Damage(Lists):
         first.synced_file.write_text("not ours")
         again = self.focus(config=config, synced=first.synced)
         self.assert_shown(again, "one.example", "XTerm")
-        aside = [path for path in again.synced.iterdir() if ".damaged-" in path.name]
-        kept = [path.read_text() for path in aside] or [again.synced_file.read_text()]
-        self.assertEqual(kept, ["not ours"])
+        self.notice(again, "orvanta-focus.json", "moved aside")
+        self.assertEqual([path.read_text() for path in self.asides(again)], ["not ours"])
+        ours = json.loads(again.synced_file.read_text())
+        self.assertEqual(ours["blockedDomains"], ["one.example"])
+        self.assertEqual([application["bundleIdentifier"] for application in json.loads(ours["blockedApplications"])], [XTERM[0]])
+
+    def test_a_synced_file_that_is_damaged_while_the_program_runs_is_told_when_it_is_moved_aside(self):
+        focus = self.focus(domains=["one.example"])
+        self.assert_shown(focus, "one.example")
+        focus.own_window()
+        focus.synced_file.write_text("not ours")
+        accessible.press(accessible.wait_for(focus.pid, "push button", "Remove"))
+        self.notice(focus, "orvanta-focus.json", "moved aside")
+        self.assertEqual([path.read_text() for path in self.asides(focus)], ["not ours"])
+        self.assertEqual(json.loads(focus.synced_file.read_text())["blockedDomains"], [])
+
+    def test_a_damaged_synced_file_is_left_alone_while_there_is_nothing_to_put_in_its_place(self):
+        synced = scratch("synced")
+        damaged = synced / "orvanta-focus.json"
+        damaged.write_text("not ours")
+        entry = damaged.stat()
+        focus = self.focus(synced=synced)
+        focus.own_window()
+        focus.wait_for_stored([])
+        stays(lambda: damaged.read_text() == "not ours" and self.asides(focus) == [], "the file is left alone")
+        self.assertEqual((damaged.stat().st_ino, damaged.stat().st_mtime_ns), (entry.st_ino, entry.st_mtime_ns))
+        self.assertEqual(list(synced.iterdir()), [damaged])
 
     def test_a_full_disk_is_told_and_the_program_goes_on(self):
         config = scratch("config")

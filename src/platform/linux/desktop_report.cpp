@@ -3,6 +3,8 @@
 #include "platform/linux/wayland/bus_helper.h"
 #include "platform/linux/wayland/sway_feed.h"
 
+#include <QCoreApplication>
+
 namespace orvanta {
 
 using namespace Qt::StringLiterals;
@@ -102,22 +104,27 @@ QStringList whatIsMissing(const DesktopFindings& found)
     QStringList missing;
     if (found.session.isWayland && found.windows == WindowSource::none) {
         if (found.isGnomeShell)
-            missing << u"Orvanta Focus cannot see which application is in front. Install its GNOME extension, then log out and in."_s;
+            missing << QCoreApplication::translate(
+                "DesktopReport", "Orvanta Focus cannot see which application is in front. Install its GNOME extension, then log out and in.");
         else if (found.isKWin)
-            missing
-                << u"Orvanta Focus cannot see which application is in front: KWin takes no script from it. Start it from within Plasma, or log out and in."_s;
+            missing << QCoreApplication::translate("DesktopReport",
+                "Orvanta Focus cannot see which application is in front: KWin takes no script from it. Start it from within Plasma, or log out and "
+                "in.");
         else
-            missing << u"Application blocking is not available here; website blocking works."_s;
+            missing << QCoreApplication::translate("DesktopReport", "Application blocking is not available here; website blocking works.");
     }
     if (found.windows == WindowSource::foreignToplevel && found.isSway)
-        missing << u"Orvanta Focus cannot hide applications: sway does not take its commands. Start it from within sway."_s;
+        missing << QCoreApplication::translate(
+            "DesktopReport", "Orvanta Focus cannot hide applications: sway does not take its commands. Start it from within sway.");
     if (found.cover == CoverManner::none) {
         missing << (found.session.isWayland && found.session.hasLayers && !found.session.hasQtForWayland
-                ? u"Orvanta Focus cannot cover applications. Install Qt's Wayland platform (qt6-wayland)."_s
-                : u"Orvanta Focus cannot cover applications. Start it where XWayland runs."_s);
+                ? QCoreApplication::translate(
+                      "DesktopReport", "Orvanta Focus cannot cover applications. Install Qt's Wayland platform (qt6-wayland).")
+                : QCoreApplication::translate("DesktopReport", "Orvanta Focus cannot cover applications. Start it where XWayland runs."));
     }
     if (found.session.isWayland && found.idle == IdleProtocol::none)
-        missing << u"This desktop does not tell how long nothing was typed or moved; activity counts as going on."_s;
+        missing << QCoreApplication::translate(
+            "DesktopReport", "This desktop does not tell how long nothing was typed or moved; activity counts as going on.");
     return missing;
 }
 

@@ -139,14 +139,12 @@ Platform makePlatform(OverlayContentFactory& contents)
 
     auto shared = std::make_shared<Shared>();
     auto settings = std::make_unique<SettingsFile>();
-    auto synced = std::make_unique<SyncedFolderStore>();
 
     Platform platform;
-    for (auto problem : { settings->takeProblem(), synced->takeProblem() })
-        if (problem)
-            platform.notices << *problem;
+    if (const auto problem = settings->takeProblem())
+        platform.notices << *problem;
     platform.defaults = std::move(settings);
-    platform.cloudStore = std::move(synced);
+    platform.cloudStore = std::make_unique<SyncedFolderStore>();
     platform.secrets = std::make_unique<SecretService>();
     if (isWaylandDesktop())
         shared->compositorWindows = std::make_shared<CompositorWindows>();

@@ -26,7 +26,7 @@ public:
 
     /// What went wrong with the file, in a sentence for the window, each told once: that it was damaged, and where
     /// it is now.
-    [[nodiscard]] std::optional<QString> takeProblem() { return m_file.takeProblem(); }
+    [[nodiscard]] std::optional<QString> takeProblem() override { return m_file.takeProblem(); }
 
 private:
     JsonObjectFile m_file;

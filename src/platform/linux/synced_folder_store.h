@@ -36,7 +36,7 @@ public:
 
     /// That a file which could not be understood was in the way of a write and was moved aside, and where it is now;
     /// each told once.
-    [[nodiscard]] std::optional<QString> takeProblem() { return m_file.takeProblem(); }
+    [[nodiscard]] std::optional<QString> takeProblem() override { return m_file.takeProblem(); }
 
 private:
     void look();

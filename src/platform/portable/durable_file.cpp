@@ -87,23 +87,35 @@ Result<void> prepare(const QByteArray& name, const QByteArray& content, mode_t m
     return {};
 }
 
+/// What stands at the path and cannot be read by us: no right to it, a ring of links, a socket. All else may pass.
+std::unexpected<ReadFailure> unreadable(int error)
+{
+    const bool lasts = error == EACCES || error == EPERM || error == ELOOP || error == ENXIO || error == ENODEV;
+    return std::unexpected(ReadFailure { { QCoreApplication::translate("StoredFile", "cannot be read (%1)").arg(systemError(error)) }, !lasts });
+}
+
+std::unexpected<ReadFailure> notOurs(const QString& description)
+{
+    return std::unexpected(ReadFailure { { description }, false });
+}
+
 } // namespace
 
-Result<std::optional<QByteArray>> readWholeFile(const QString& path, qsizetype limit)
+std::expected<std::optional<QByteArray>, ReadFailure> readWholeFile(const QString& path, qsizetype limit)
 {
     const Descriptor file(::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     if (!file) {
         if (errno == ENOENT || errno == ENOTDIR)
             return std::nullopt;
-        return failure(QCoreApplication::translate("StoredFile", "cannot be read (%1)").arg(systemError()));
+        return unreadable(errno);
     }
     struct stat facts {};
     if (::fstat(file.number(), &facts) != 0)
-        return failure(QCoreApplication::translate("StoredFile", "cannot be read (%1)").arg(systemError()));
+        return unreadable(errno);
     if (S_ISDIR(facts.st_mode))
-        return failure(QCoreApplication::translate("StoredFile", "is a folder"));
+        return notOurs(QCoreApplication::translate("StoredFile", "is a folder"));
     if (!S_ISREG(facts.st_mode))
-        return failure(QCoreApplication::translate("StoredFile", "is not a regular file"));
+        return notOurs(QCoreApplication::translate("StoredFile", "is not a regular file"));
 
     // The size is what it was a moment ago; one byte more than that tells whether the file has grown since.
     QByteArray content(std::min<qsizetype>(facts.st_size, limit) + 1, Qt::Uninitialized);
@@ -115,13 +127,13 @@ Result<std::optional<QByteArray>> readWholeFile(const QString& path, qsizetype l
         if (count < 0 && errno == EINTR)
             continue;
         if (count < 0)
-            return failure(QCoreApplication::translate("StoredFile", "cannot be read (%1)").arg(systemError()));
+            return unreadable(errno);
         if (count == 0)
             break;
         size += count;
     }
     if (size > limit)
-        return failure(QCoreApplication::translate("StoredFile", "is larger than %1 MiB").arg(limit / (1024LL * 1024)));
+        return notOurs(QCoreApplication::translate("StoredFile", "is larger than %1 MiB").arg(limit / (1024LL * 1024)));
     content.truncate(size);
     return content;
 }

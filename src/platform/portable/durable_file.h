@@ -6,6 +6,7 @@
 #include <QString>
 
 #include <cstdint>
+#include <expected>
 #include <optional>
 
 namespace orvanta {
@@ -13,9 +14,14 @@ namespace orvanta {
 /// Which permissions a file gets when it is replaced. A new file is always its owner's alone.
 enum class FilePermissions : std::uint8_t { ownerOnly, asBefore };
 
+/// Why a file cannot be read, in words that follow "it".
+struct ReadFailure : PlatformError {
+    bool mayPass = false; ///< too many open files, a disk or a server that does not answer: nothing is said of the content
+};
+
 /// The content of the file at `path`, absent when nothing stands there. Anything but a regular file of at most `limit`
-/// bytes is an error, in words that follow "it"; a pipe or a device is never waited for.
-[[nodiscard]] Result<std::optional<QByteArray>> readWholeFile(const QString& path, qsizetype limit);
+/// bytes is an error; a pipe or a device is never waited for.
+[[nodiscard]] std::expected<std::optional<QByteArray>, ReadFailure> readWholeFile(const QString& path, qsizetype limit);
 
 /// Replaces the content of the file at `path` in one step that no crash can divide. On success it is on the disk, the
 /// folder's entry included. One writer at a time: see FileLock. An error is the system's own words.

@@ -1,6 +1,7 @@
 #include "platform/portable/json_object_file.h"
 
 #include <QCoreApplication>
+#include <QDateTime>
 #include <QFileInfo>
 
 #include <algorithm>
@@ -19,6 +20,9 @@ namespace {
 /// stopped in the middle must not stop this one with it.
 constexpr auto lockPatience = std::chrono::seconds(2);
 
+/// How long content that is not understood is left to whoever may be writing it.
+constexpr auto writersPause = std::chrono::seconds(2);
+
 } // namespace
 
 JsonObjectFile::JsonObjectFile(QString path, QString lockPath, FilePermissions permissions)
@@ -35,7 +39,7 @@ JsonObjectFile::State JsonObjectFile::read()
     const auto found = readWholeFile(m_path, storedObjectLimit);
     if (!found) {
         m_trouble = found.error().description;
-        return m_state = State::notUnderstood;
+        return m_state = found.error().mayPass ? State::unreadable : State::notUnderstood;
     }
     const std::optional<QByteArray>& content = *found;
     if (!content)
@@ -88,7 +92,13 @@ Result<void> JsonObjectFile::change(const Edit& edit)
     read();
     const bool broughtNews = m_hasNews;
     m_hasNews = hadNews || broughtNews;
+    if (m_state == State::unreadable)
+        return std::unexpected(PlatformError { QCoreApplication::translate("StoredFile", "%1 could not be saved: it %2").arg(m_path, m_trouble) });
     if (m_state == State::notUnderstood) {
+        if (wasChangedJustNow())
+            return std::unexpected(
+                PlatformError { QCoreApplication::translate("StoredFile", "%1 %2; it was changed just now, so nothing is saved in its place yet")
+                        .arg(m_path, m_trouble) });
         if (const auto moved = moveAsideLocked(); !moved)
             return moved;
     }
@@ -128,7 +138,7 @@ Result<void> JsonObjectFile::write(const StoredObject& object)
 
 void JsonObjectFile::moveAsideIfNotUnderstood()
 {
-    if (m_state != State::notUnderstood)
+    if (m_state == State::understood || m_state == State::absent)
         return;
     const auto locked = lock();
     if (!locked) {
@@ -137,8 +147,16 @@ void JsonObjectFile::moveAsideIfNotUnderstood()
         return;
     }
     // Another copy may have put it right while we waited.
-    if (read() == State::notUnderstood)
+    if (const State now = read(); now == State::notUnderstood || now == State::unreadable)
         std::ignore = moveAsideLocked();
+}
+
+/// A time to come is some other clock's, and says nothing.
+bool JsonObjectFile::wasChangedJustNow() const
+{
+    const QDateTime changed = QFileInfo(m_path).lastModified();
+    const qint64 age = changed.msecsTo(QDateTime::currentDateTime());
+    return changed.isValid() && age >= 0 && std::chrono::milliseconds(age) < writersPause;
 }
 
 Result<void> JsonObjectFile::moveAsideLocked()

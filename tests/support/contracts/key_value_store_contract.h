@@ -96,6 +96,16 @@ private Q_SLOTS:
         QCOMPARE(store->value(QStringLiteral("key")), std::nullopt);
     }
 
+    void whatGoesWellIsNoProblem()
+    {
+        const auto store = makeStore();
+        QCOMPARE(store->takeProblem(), std::nullopt);
+        QVERIFY(store->setValue(QStringLiteral("key"), QByteArray("data")));
+        QVERIFY(store->remove(QStringLiteral("key")));
+        QVERIFY(!store->setValue(QStringLiteral("key"), ForeignValue())); // which its caller is told at once
+        QCOMPARE(store->takeProblem(), std::nullopt);
+    }
+
     void aForeignValueIsSeenAndKeptButNotWritten()
     {
         auto store = makeStore();

@@ -2,7 +2,7 @@
 import re
 import subprocess
 
-from Xlib import X, display, error
+from Xlib import X, Xutil, display, error
 
 from .waiting import until
 
@@ -117,6 +117,12 @@ def geometry_of(window):
     except error.XError:
         return None
     return place.x, place.y, size.width, size.height
+
+
+def minimum_size_of(window):
+    """(width, height) below which the window manager lets nobody make it; None where it asks for no minimum."""
+    hints = _numbers(_object(window), "WM_NORMAL_HINTS")
+    return tuple(hints[5:7]) if hints and hints[0] & Xutil.PMinSize else None
 
 
 def all_windows():

@@ -65,32 +65,38 @@ private:
 
 /// A model among doubles. What is stored is set before start().
 struct House {
+    AppModelDependencies dependencies()
+    {
+        return { .defaults = loggedDefaults,
+            .cloudStore = loggedCloud,
+            .secrets = loggedSecrets,
+            .screens = screens,
+            .overlayPanels = panels,
+            .runningApplications = running,
+            .activationMonitor = loggedActivations,
+            .extensionManager = extension,
+            .filterManager = filter,
+            .dnsProxyManager = dnsProxy,
+            .systemNotifications = notifications,
+            .urlOpener = urlOpener,
+            .systemFocus = systemFocus,
+            .urlSession = session,
+            .activitySources =
+                [this] {
+                    ++trackers;
+                    return activity.sources();
+                },
+            .service = *ServiceConfiguration::make(u"https://service.example"_s, std::nullopt),
+            .statusHint = [](const QString& status) { return u"about: "_s + status; } };
+    }
+
     void start(const QStringList& arguments = {})
     {
-        model = std::make_unique<AppModel>(AppModelDependencies { .defaults = loggedDefaults,
-                                               .cloudStore = loggedCloud,
-                                               .secrets = loggedSecrets,
-                                               .screens = screens,
-                                               .overlayPanels = panels,
-                                               .runningApplications = running,
-                                               .activationMonitor = loggedActivations,
-                                               .extensionManager = extension,
-                                               .filterManager = filter,
-                                               .dnsProxyManager = dnsProxy,
-                                               .systemNotifications = notifications,
-                                               .urlOpener = urlOpener,
-                                               .systemFocus = systemFocus,
-                                               .urlSession = session,
-                                               .activitySources =
-                                                   [this] {
-                                                       ++trackers;
-                                                       return activity.sources();
-                                                   },
-                                               .service = *ServiceConfiguration::make(u"https://service.example"_s, std::nullopt),
-                                               .statusHint = [](const QString& status) { return u"about: "_s + status; },
-                                               .pollPause = 1ms,
-                                               .systemFocusPause = 1ms },
-            QStringList { u"orvanta-focus"_s } + arguments, notices);
+        AppModelDependencies all = dependencies();
+        all.pollPause = 1ms;
+        all.systemFocusPause = 1ms;
+        all.pauseAfterFailedSave = pauseAfterFailedSave;
+        model = std::make_unique<AppModel>(all, QStringList { u"orvanta-focus"_s } + arguments, notices);
     }
 
     void storeKey(const QByteArray& key = "key-1") { secrets.items[{ u"com.orvanta.focus"_s, u"orvanta-api-key"_s }] = key; }
@@ -147,6 +153,7 @@ struct House {
     ActivityScene activity;        ///< of the tracker's thread alone, once the model is there
     std::atomic<int> trackers = 0; ///< runs of the tracker so far
     QStringList notices;
+    std::chrono::milliseconds pauseAfterFailedSave = 1h; ///< what fails is not tried again by itself
     std::unique_ptr<AppModel> model;
 };
 
@@ -437,6 +444,109 @@ private Q_SLOTS:
         QCOMPARE(house.model->blockedDomains(), QStringList({ u"a.example"_s, u"b.example"_s }));
     }
 
+    void aFailureIsToldUntilTheSameValueIsSaved()
+    {
+        House house;
+        house.start();
+        house.cloud.local.writeFailure = PlatformError { u"The folder is read-only"_s };
+        house.model->addDomain(u"a.example"_s);
+        QCOMPARE(house.model->notices(), QStringList { u"The folder is read-only"_s });
+        const QSignalSpy told(house.model.get(), &AppModel::noticesChanged);
+
+        // Another reason takes the place of the first; another store is another matter.
+        house.cloud.local.writeFailure = PlatformError { u"The disk is full"_s };
+        house.model->addDomain(u"b.example"_s);
+        QCOMPARE(house.model->notices(), QStringList { u"The disk is full"_s });
+        house.cloud.local.writeFailure.reset();
+        house.defaults.writeFailure = PlatformError { u"The other disk is full"_s };
+        house.model->addDomain(u"c.example"_s);
+        QCOMPARE(house.model->notices(), QStringList { u"The other disk is full"_s });
+        const auto before = told.size();
+        QVERIFY(before > 0);
+        house.defaults.writeFailure.reset();
+        house.model->addDomain(u"d.example"_s);
+        QCOMPARE(house.model->notices(), QStringList());
+        QVERIFY(told.size() > before);
+    }
+
+    void whatStaysUnsavedIsStillToldWhenAnotherValueIsSaved()
+    {
+        House house;
+        house.start();
+        house.defaults.writeFailure = PlatformError { u"The disk is full"_s };
+        house.model->addApplication(editor.bundleIdentifier, editor.displayName);
+        house.defaults.writeFailure.reset();
+        const QString broken = u"x."_s + QChar(0xD800); // a list that holds it cannot be written down
+        house.model->addApplication(broken, u"Broken"_s);
+        QCOMPARE(house.model->notices(), QStringList { u"The disk is full"_s });
+        house.model->removeApplication(broken);
+        QCOMPARE(house.model->notices(), QStringList());
+    }
+
+    void whatCouldNotBeSavedIsTriedOnceMore()
+    {
+        House house;
+        house.pauseAfterFailedSave = 1ms;
+        house.start();
+        house.cloud.local.writeFailure = PlatformError { u"Somebody else is writing"_s };
+        house.model->addDomain(u"a.example"_s);
+        QCOMPARE(house.model->notices(), QStringList { u"Somebody else is writing"_s });
+        house.cloud.local.writeFailure.reset();
+        QTRY_COMPARE(house.model->notices(), QStringList());
+        QCOMPARE(house.cloud.local.values,
+            (std::map<QString, StoredValue> { { domainsKey, QStringList { u"a.example"_s } }, { applicationsKey, QByteArray("[]") } }));
+    }
+
+    void whatFailsAgainWaitsForTheNextChange()
+    {
+        House house;
+        house.pauseAfterFailedSave = 1ms;
+        house.start();
+        (void)house.log.take();
+        house.cloud.local.writeFailure = PlatformError { u"The folder is read-only"_s };
+        house.model->addDomain(u"a.example"_s);
+        const auto attempts = [&] { return house.log.calls.filter(u"cloud.setValue"_s).size(); };
+        QTRY_COMPARE(attempts(), 4); // both lists, twice
+        QTimer clock;
+        const QSignalSpy ticked(&clock, &QTimer::timeout);
+        clock.start(1ms);
+        QTRY_VERIFY(ticked.size() >= 20); // long after a third attempt
+        QCOMPARE(attempts(), 4);
+        QCOMPARE(house.model->notices(), QStringList { u"The folder is read-only"_s });
+        QVERIFY(house.log.calls.filter(u"defaults.setValue"_s).size() == 2); // which did not fail
+    }
+
+    void unlessItIsToldOtherwiseItWaitsLongerThanAFileIsLeftToItsWriter() { QVERIFY(House().dependencies().pauseAfterFailedSave == 3000ms); }
+
+    void whatHappenedToAFileWhileItWasWrittenIsTold()
+    {
+        House house;
+        house.start();
+        const QSignalSpy told(house.model.get(), &AppModel::noticesChanged);
+        house.cloud.local.problem = u"It was moved aside"_s;
+        house.model->addDomain(u"a.example"_s);
+        QCOMPARE(house.model->notices(), QStringList { u"It was moved aside"_s });
+        QCOMPARE(told.size(), 1);
+        // It stays true whatever is saved later, and is told no second time.
+        house.cloud.local.problem = u"It was moved aside"_s;
+        house.model->addDomain(u"b.example"_s);
+        QCOMPARE(house.model->notices(), QStringList { u"It was moved aside"_s });
+        QCOMPARE(told.size(), 1);
+    }
+
+    void aFileThatIsInTheWayAndStaysThereIsToldOnce()
+    {
+        House house;
+        house.start();
+        house.cloud.local.writeFailure = PlatformError { u"It could not be moved aside"_s };
+        house.cloud.local.problem = u"It could not be moved aside"_s;
+        house.model->addDomain(u"a.example"_s);
+        QCOMPARE(house.model->notices(), QStringList { u"It could not be moved aside"_s });
+        house.cloud.local.writeFailure.reset();
+        house.model->addDomain(u"b.example"_s);
+        QCOMPARE(house.model->notices(), QStringList());
+    }
+
     // Changes from elsewhere
 
     void aChangeFromElsewhereReplacesTheListsAndIsNotEchoed()
@@ -483,6 +593,8 @@ private Q_SLOTS:
         QVERIFY(std::ranges::find(request.headers, std::pair<QByteArray, QByteArray>("Authorization", "Bearer secret")) != request.headers.end());
         QCOMPARE(house.model->permissionSummary(), u"Setup required"_s);
     }
+
+    void unlessItIsToldOtherwiseItPausesThreeSecondsBetweenPolls() { QVERIFY(House().dependencies().pollPause == 3000ms); }
 
     void theServiceSwitchesFocusOnAndOff()
     {
@@ -724,11 +836,24 @@ private Q_SLOTS:
     void theTaskHoldsFocusWhenTheSystemsFocusEnds()
     {
         House house;
-        house.start({ u"--focus-active"_s });
+        house.defaults.values[domainsKey] = QStringList { u"a.example"_s };
+        house.storeKey();
+        house.start();
+        house.findInstalled();
+        house.settle();
+        house.poll(200, focusState(true));
+        house.settle();
+        QVERIFY(house.model->websiteBlockingActive());
+        (void)house.log.take();
         house.model->systemFocusChanged(true);
+        house.settle();
         house.model->systemFocusChanged(false);
+        house.settle();
         QVERIFY(house.model->focusActive());
         QCOMPARE(house.model->focusStatusLabel(), u"Focus active · Orvanta task"_s);
+        // Websites were blocked all the while, and nothing was passed on.
+        QVERIFY(house.model->websiteBlockingActive());
+        QCOMPARE(house.log.take(), QStringList());
     }
 
     void withoutAKeyFocusFollowsTheSystemAlone()

@@ -1,6 +1,11 @@
 #include "app/translations.h"
 
+#include "platform/linux/desktop_report.h"
+#include "service/network_url_session.h"
+#include "service/redirect.h"
+
 #include <QGuiApplication>
+#include <QTcpServer>
 #include <QTest>
 
 using namespace orvanta;
@@ -59,6 +64,55 @@ private Q_SLOTS:
             QCOMPARE(QGuiApplication::layoutDirection(), language == u"ar"_s ? Qt::RightToLeft : Qt::LeftToRight);
         }
         QCOMPARE(QCoreApplication::translate("FocusStatus", "Focus inactive"), u"Focus inactive"_s);
+    }
+
+    void noticesOfTheDesktopAreTranslated()
+    {
+        DesktopFindings found { .session = { .isWayland = true, .xServerProblem = {} }, .cover = CoverManner::layerSurface };
+        found.idle = IdleProtocol::extIdleNotify;
+        QCOMPARE(whatIsMissing(found), QStringList { u"Application blocking is not available here; website blocking works."_s });
+        const Translations translations({ u"de"_s });
+        QCOMPARE(whatIsMissing(found), QStringList { u"Apps können hier nicht blockiert werden; Websites schon."_s });
+    }
+
+    void failuresOfTheConnectionAreTranslated()
+    {
+        const HttpRequest request { .url = QUrl(u"https://service.example/a"_s) };
+        QCOMPARE(redirected(request, 302, "http://service.example/a").error().description,
+            u"The service redirected to an address that is not encrypted"_s);
+        const Translations translations({ u"de"_s });
+        QCOMPARE(redirected(request, 302, "http://service.example/a").error().description,
+            u"Der Dienst hat auf eine unverschlüsselte Adresse umgeleitet"_s);
+    }
+
+    /// What Qt says of a service that does not answer, in each of the languages.
+    void qtsOwnWordsAreTranslated_data()
+    {
+        QTest::addColumn<QString>("language");
+        QTest::addColumn<QString>("refused");
+        QTest::newRow("English") << u"en"_s << u"Connection refused"_s;
+        QTest::newRow("German") << u"de"_s << u"Verbindung verweigert"_s;
+        QTest::newRow("Spanish") << u"es"_s << u"Conexión rechazada"_s;
+        QTest::newRow("French") << u"fr"_s << u"Connexion refusée"_s;
+        QTest::newRow("Chinese") << u"zh-CN"_s << u"连接被拒绝"_s;
+        QTest::newRow("Arabic") << u"ar"_s << u"رُفض الاتّصال"_s;
+    }
+
+    void qtsOwnWordsAreTranslated()
+    {
+        QFETCH(QString, language);
+        QFETCH(QString, refused);
+        QUrl nobody(u"http://127.0.0.1/"_s);
+        {
+            QTcpServer server;
+            QVERIFY(server.listen(QHostAddress::LocalHost));
+            nobody.setPort(server.serverPort());
+        }
+        const Translations translations({ language });
+        NetworkUrlSession session;
+        const UrlResult result = session.sendAndWait({ .url = nobody }, {});
+        QVERIFY(!result);
+        QCOMPARE(result.error().description, refused);
     }
 };
 

@@ -284,8 +284,10 @@ private Q_SLOTS:
         QVERIFY(settings.setValue(u"other"_s, "kept"_ba));
         QVERIFY(writeInPlace(m_path, "{\"blockedDomains\": [\"half"));
         QCOMPARE(settings.value(domains), std::optional<StoredValue>(QStringList { u"a.example"_s }));
+        QVERIFY(!settings.setValue(domains, QStringList { u"b.example"_s })); // it may still be being written
         QCOMPARE(asides(), QStringList());
 
+        QVERIFY(makeOlder(m_path));
         QVERIFY(settings.setValue(domains, QStringList { u"b.example"_s }));
         QCOMPARE(asides().size(), 1);
         QVERIFY(settings.takeProblem());

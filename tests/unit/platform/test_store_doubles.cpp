@@ -34,6 +34,14 @@ private Q_SLOTS:
         QCOMPARE(store.calls.size(), std::size_t(4));
         QCOMPARE(store.calls.at(1), (StoreCall { StoreCall::Operation::setValue, key, QByteArray("new") }));
     }
+
+    void aProblemIsToldOnce()
+    {
+        FakeKeyValueStore store;
+        store.problem = QStringLiteral("moved aside");
+        QCOMPARE(store.takeProblem(), QStringLiteral("moved aside"));
+        QCOMPARE(store.takeProblem(), std::nullopt);
+    }
 };
 
 class TestFakeCloudStore : public CloudStoreContract {

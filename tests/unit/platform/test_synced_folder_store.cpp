@@ -2,6 +2,7 @@
 
 #include "support/contracts/cloud_store_contract.h"
 #include "support/file_edits.h"
+#include "support/limited_rights.h"
 
 #include <QTemporaryDir>
 #include <QTest>
@@ -191,7 +192,7 @@ private Q_SLOTS:
     {
         QVERIFY(makeFolder() && writeInPlace(m_path, "{\"blockedDomains\": [\"old.example\"], \"theirs\": 1}"));
         SyncedFolderStore store(m_folder);
-        QVERIFY(writeInPlace(m_path, "not ours"));
+        QVERIFY(writeInPlace(m_path, "not ours") && makeOlder(m_path));
         store.synchronise();
         QCOMPARE(asides(), QStringList());
         QVERIFY(store.setValue(domains, QStringList { u"mine.example"_s }));
@@ -201,6 +202,58 @@ private Q_SLOTS:
         SyncedFolderStore again(m_folder);
         QCOMPARE(again.value(domains), std::optional<StoredValue>(QStringList { u"mine.example"_s }));
         QCOMPARE(again.value(u"theirs"_s), std::optional<StoredValue>(ForeignValue()));
+    }
+
+    void contentThatIsNotUnderstoodIsLeftForAWhileToWhoeverWritesIt()
+    {
+        QVERIFY(SyncedFolderStore(m_folder).setValue(domains, QStringList())); // the folders are there
+        const QByteArray arriving = withDomain("theirs.example");
+        QFile file(m_path);
+        QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+        QCOMPARE(file.write(arriving.first(10)), 10);
+        SyncedFolderStore store(m_folder); // starts while a tool is in the middle of it
+        int told = 0;
+        const auto observer = store.observeExternalChanges([&] { ++told; });
+        const auto saved = store.setValue(domains, QStringList { u"mine.example"_s });
+        QVERIFY(!saved);
+        QCOMPARE(saved.error().description,
+            m_path + u" is JSON that breaks off after 10 bytes; it was changed just now, so nothing is saved in its place yet"_s);
+        QCOMPARE(asides(), QStringList());
+        QCOMPARE(store.takeProblem(), std::nullopt);
+        QCOMPARE(file.write(arriving.sliced(10)), arriving.size() - 10);
+        file.close();
+        QTRY_COMPARE_WITH_TIMEOUT(told, 1, patience);
+        QCOMPARE(store.value(domains), std::optional<StoredValue>(QStringList { u"theirs.example"_s }));
+        QCOMPARE(contentOf(m_path), arriving);
+        QCOMPARE(asides(), QStringList());
+    }
+
+    void aTimeToComeIsNoReasonToWait()
+    {
+        QVERIFY(makeFolder() && writeInPlace(m_path, "not ours") && makeOlder(m_path, -3600));
+        SyncedFolderStore store(m_folder);
+        QVERIFY(store.setValue(domains, QStringList { u"mine.example"_s }));
+        QCOMPARE(asides().size(), 1);
+    }
+
+    void aFileThatCannotBeReadAtTheMomentIsNeitherMovedNorWritten()
+    {
+        SyncedFolderStore store(m_folder);
+        QVERIFY(store.setValue(domains, QStringList { u"old.example"_s }));
+        QVERIFY(writeInPlace(m_path, withDomain("theirs.example")));
+        {
+            const FewFiles few(1); // for the lock, and none for what it guards
+            const auto saved = store.setValue(domains, QStringList { u"mine.example"_s });
+            QVERIFY(!saved);
+            QCOMPARE(saved.error().description, m_path + u" could not be saved: it cannot be read (Too many open files)"_s);
+            QCOMPARE(store.value(domains), std::optional<StoredValue>(QStringList { u"old.example"_s }));
+        }
+        QCOMPARE(asides(), QStringList());
+        QCOMPARE(contentOf(m_path), withDomain("theirs.example"));
+        QCOMPARE(store.takeProblem(), std::nullopt);
+        QVERIFY(store.setValue(domains, QStringList { u"mine.example"_s }));
+        QCOMPARE(SyncedFolderStore(m_folder).value(domains), std::optional<StoredValue>(QStringList { u"mine.example"_s }));
+        QCOMPARE(asides(), QStringList());
     }
 
     void contentThatWasNeverUnderstoodIsLeftAloneUntilAWrite()

@@ -15,6 +15,15 @@ QStringList names(const std::vector<BlockedApplication>& list)
     return result;
 }
 
+/// As the environment asks for it.
+QByteArray usersLanguage()
+{
+    for (const char* variable : { "LC_ALL", "LC_COLLATE", "LANG" })
+        if (const QByteArray language = qgetenv(variable); !language.isEmpty())
+            return language;
+    return {};
+}
+
 } // namespace
 
 class TestBlockedApplications : public QObject {
@@ -67,6 +76,17 @@ private Q_SLOTS:
         for (const QString& name : { u"zebra"_s, u"\u00C9cole"_s, u"Fax"_s, u"editor"_s, u"Dolphin"_s })
             addApplication(list, { u"x."_s + name, name });
         QCOMPARE(names(list), QStringList({ u"Dolphin"_s, u"\u00C9cole"_s, u"editor"_s, u"Fax"_s, u"zebra"_s }));
+    }
+
+    void namesSortAsTheUsersLanguageHasIt()
+    {
+        std::vector<BlockedApplication> list;
+        for (const QString& name : { u"\u00D6ppna"_s, u"Zoom"_s, u"Opera"_s })
+            addApplication(list, { u"x."_s + name, name });
+        // A letter of its own at the end of the Swedish alphabet; a kind of O for everybody else here.
+        QCOMPARE(names(list),
+            usersLanguage().startsWith("sv") ? QStringList({ u"Opera"_s, u"Zoom"_s, u"\u00D6ppna"_s })
+                                             : QStringList({ u"Opera"_s, u"\u00D6ppna"_s, u"Zoom"_s }));
     }
 
     void removingTakesEveryEntryOfTheIdentifier()

@@ -53,7 +53,7 @@ private Q_SLOTS:
         QTest::newRow("smallest") << QByteArray("-9223372036854775808") << std::numeric_limits<qint64>::min();
         QTest::newRow("fraction of zero") << QByteArray("5.0") << qint64 { 5 };
         QTest::newRow("exponent") << QByteArray("1.5e1") << qint64 { 15 };
-        QTest::newRow("smallest as a double") << QByteArray("-9.223372036854775808e18") << std::numeric_limits<qint64>::min();
+        QTest::newRow("one above the smallest") << QByteArray("-9223372036854775807") << std::numeric_limits<qint64>::min() + 1;
         QTest::newRow("negative zero") << QByteArray("-0.0") << qint64 { 0 };
     }
 
@@ -71,6 +71,8 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("written");
         QTest::newRow("fraction") << QByteArray("1.5");
         QTest::newRow("one above the largest") << QByteArray("9223372036854775808");
+        QTest::newRow("one below the smallest") << QByteArray("-9223372036854775809"); // as a double it is the smallest
+        QTest::newRow("the smallest as a double") << QByteArray("-9.223372036854775808e18");
         QTest::newRow("below the smallest") << QByteArray("-9223372036854777856"); // the next double below the range
         QTest::newRow("largest unsigned") << QByteArray("18446744073709551615");
         QTest::newRow("one above the largest as a double") << QByteArray("9.223372036854775808e18");
