@@ -169,6 +169,21 @@ class Life(unittest.TestCase):
         self.assertTrue((self.network.state / "state.json.damaged").exists())
         self.assertEqual(self.network.activate(), 0)
 
+    def test_a_state_that_cannot_be_read_ends_it_and_is_not_lost(self):
+        self.network.stop()
+        state = self.network.state / "state.json"
+        kept = self.network.state / "kept"
+        state.rename(kept)
+        state.symlink_to("state.json")
+        for arguments in ([], ["--explain", "https://blocked.example/"]):
+            done = subprocess.run([PROGRAM, *arguments], env={**os.environ, "STATE_DIRECTORY": str(self.network.state)}, capture_output=True, text=True)
+            self.assertEqual((done.returncode, done.stdout), (1, ""))
+            self.assertEqual(done.stderr, f"orvanta-filterd: {state} cannot be read: Too many levels of symbolic links\n")
+        self.assertTrue(state.is_symlink())
+        kept.rename(state)
+        self.network.start()
+        self.assertTrue(self.blocks())
+
     # One process after another
 
     def test_connections_that_were_allowed_outlive_the_daemon_and_others_end_with_their_next_request(self):

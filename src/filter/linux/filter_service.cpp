@@ -107,8 +107,10 @@ std::expected<std::unique_ptr<FilterService>, std::string> FilterService::start(
     auto state = self->m_file.read();
     if (state)
         self->m_state = *std::move(state);
+    else if (state.error().isSetAside)
+        std::fprintf(stderr, "orvanta-filterd: %s; it is set aside\n", state.error().reason.c_str());
     else
-        std::fprintf(stderr, "orvanta-filterd: %s; it is set aside\n", state.error().c_str());
+        return std::unexpected(state.error().reason);
     if (self->m_state.generation == 0)
         self->m_state.generation = someGeneration();
     // The rules belong to whoever has the name; another one that runs keeps both.
