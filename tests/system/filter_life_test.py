@@ -200,7 +200,8 @@ class Life(unittest.TestCase):
         state.rename(kept)
         state.symlink_to("state.json")
         for arguments in ([], ["--explain", "https://blocked.example/"]):
-            done = subprocess.run([PROGRAM, *arguments], env={**os.environ, "STATE_DIRECTORY": str(self.network.state)}, capture_output=True, text=True)
+            done = subprocess.run([PROGRAM, *arguments], env={**os.environ, "STATE_DIRECTORY": str(self.network.state)}, capture_output=True, text=True,
+                                  timeout=60)
             self.assertEqual((done.returncode, done.stdout), (1, ""))
             self.assertEqual(done.stderr, f"orvanta-filterd: {state} cannot be read: Too many levels of symbolic links\n")
         self.assertTrue(state.is_symlink())
