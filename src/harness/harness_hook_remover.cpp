@@ -39,12 +39,14 @@ Result<HarnessHookRemover::Outcome> HarnessHookRemover::uninstall(AIHarness agen
 
         const auto before = contentBefore(agent, **content);
         removeRegistrations(*root);
+        // A configuration that was there before has a copy.
+        const bool isOurFile = root->members.empty() && keptCopies(*m_fileManager, path).isEmpty();
         const QByteArray changed = before ? *before : QByteArray::fromStdString(prettyJson(*root, JsonOrder::asItStands));
-        const auto replaced = m_fileManager->replace(path, *content, changed);
+        const auto replaced = isOurFile ? m_fileManager->remove(path, **content) : m_fileManager->replace(path, *content, changed);
         if (!replaced)
             return failure(path, replaced.error().description);
         if (*replaced == FileSystem::Replacement::replaced)
-            return before ? Outcome::restored : Outcome::removed;
+            return before || isOurFile ? Outcome::restored : Outcome::removed;
     }
     return failure(path, u"is being changed by another program; try again"_s);
 }

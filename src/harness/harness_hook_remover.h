@@ -17,7 +17,7 @@ public:
     enum class Outcome : std::uint8_t { nothingToRemove, removed, restored };
 
     /// Where nothing but our entries has changed since they were installed, the file becomes byte for byte what it was
-    /// before (`restored`). An error, worded for the user, leaves the configuration untouched.
+    /// before, or goes where there was none (`restored`). An error, worded for the user, leaves the configuration untouched.
     [[nodiscard]] Result<Outcome> uninstall(AIHarness agent) const;
 
 private:

@@ -47,6 +47,10 @@ public:
     /// theirs stays. A file that its owner has write-protected is an error.
     [[nodiscard]] virtual Result<Replacement> replace(const QString& path, const std::optional<QByteArray>& expected, const QByteArray& content) = 0;
 
+    /// Takes the file at `path` away, but only if it still holds `expected`. A link stays; what it leads to goes. A file that its
+    /// owner has write-protected is an error.
+    [[nodiscard]] virtual Result<Replacement> remove(const QString& path, const QByteArray& expected) = 0;
+
     /// Sets the POSIX permissions (of the kind 0755) of the file at `path`.
     [[nodiscard]] virtual Result<void> setPermissions(const QString& path, std::uint16_t mode) = 0;
 

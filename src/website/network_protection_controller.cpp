@@ -99,22 +99,23 @@ void NetworkProtectionController::setFocusActive(bool active)
 {
     m_desiredFocusActive = active;
     reportState();
-    if (m_isInstalled)
-        configure(active);
+    takeWish();
 }
 
 void NetworkProtectionController::setBlockedDomains(const QStringList& domains)
 {
     m_desiredBlockedDomains = domains;
-    if (m_isInstalled)
-        configure(m_desiredFocusActive);
+    takeWish();
 }
 
 void NetworkProtectionController::takeProperties(const std::vector<ExtensionProperties>& properties)
 {
     m_isInstalled = std::ranges::any_of(properties, &ExtensionProperties::isEnabled);
+    m_wasInstalled = m_wasInstalled || m_isInstalled;
     reportState();
-    if (m_filterConfigurationExists && FilterRepair::isNeeded(m_isInstalled, m_configurationEnabled, m_desiredFocusActive))
+    if (m_isInstalled && std::exchange(m_wishWasMissed, false))
+        configure(m_desiredFocusActive);
+    else if (m_filterConfigurationExists && FilterRepair::isNeeded(m_isInstalled, m_configurationEnabled, m_desiredFocusActive))
         configure(true);
 }
 
@@ -135,10 +136,20 @@ void NetworkProtectionController::needsUserApproval()
 void NetworkProtectionController::finishActivation(ActivationResult result)
 {
     m_isInstalled = true;
+    m_wasInstalled = true;
+    m_wishWasMissed = false;
     reportStatus(
         result == ActivationResult::willCompleteAfterReboot ? u"Website protection installs after restart"_s : u"Website protection installed"_s);
     configure(m_desiredFocusActive);
     refresh();
+}
+
+void NetworkProtectionController::takeWish()
+{
+    if (m_isInstalled)
+        configure(m_desiredFocusActive);
+    else
+        m_wishWasMissed = m_wasInstalled;
 }
 
 /// One pass: what is saved is loaded, changed and saved. While one is in flight, any number of further wishes become

@@ -38,7 +38,8 @@ public:
     /// Called when focus really changes.
     void setFocusActive(bool active);
 
-    /// `domains` are normalised. Each call leads to a save once the extension is installed, also with an equal list.
+    /// `domains` are normalised. Each call leads to a save once the extension is installed, also with an equal list. What is
+    /// wished while an installed extension is away is saved when it is back: it comes back with what it knew before.
     void setBlockedDomains(const QStringList& domains);
 
 private:
@@ -46,6 +47,7 @@ private:
     void takeSavedConfiguration(const FilterConfiguration& configuration);
     void needsUserApproval();
     void finishActivation(ActivationResult result);
+    void takeWish();
     void configure(bool enable);
     void finishPass();
 
@@ -57,6 +59,8 @@ private:
     UrlOpener& m_urlOpener;
 
     bool m_isInstalled = false;               ///< the extension is present and enabled
+    bool m_wasInstalled = false;              ///< and it was at any time so far
+    bool m_wishWasMissed = false;             ///< a wish came while it was away
     bool m_configurationEnabled = false;      ///< the saved configuration is switched on
     bool m_filterConfigurationExists = false; ///< a configuration that names our extension is saved
     bool m_isConfiguring = false;             ///< a load-and-save pass is in flight

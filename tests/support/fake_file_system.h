@@ -83,6 +83,20 @@ public:
         return Replacement::replaced;
     }
 
+    [[nodiscard]] Result<Replacement> remove(const QString& path, const QByteArray& expected) override
+    {
+        log.add(QStringLiteral("remove ") + path);
+        if (auto act = std::exchange(beforeReplacing, nullptr))
+            act();
+        const auto file = files.find(resolved(path));
+        if (file == files.end() || file->second.content != expected)
+            return Replacement::changedMeanwhile;
+        if ((file->second.mode & 0200) == 0)
+            return std::unexpected(PlatformError { QStringLiteral("is write-protected") });
+        files.erase(file);
+        return Replacement::replaced;
+    }
+
     [[nodiscard]] Result<void> setPermissions(const QString& path, std::uint16_t mode) override
     {
         log.add(QStringLiteral("setPermissions %1 %2").arg(path).arg(mode, 4, 8, QLatin1Char('0')));
@@ -115,7 +129,7 @@ public:
     std::set<QString> folders;
     std::map<QString, QString> links;           ///< path to target
     std::map<QString, QString> failing;         ///< paths that cannot be written, and why
-    std::function<void()> beforeReplacing = {}; ///< called once
+    std::function<void()> beforeReplacing = {}; ///< called once; also before a file is removed
     qsizetype pieceSize = 4096;
     int piecesRead = 0;
     CallLog log;

@@ -291,6 +291,14 @@ class Installed(unittest.TestCase):
             until(lambda: NOT_APPROVED in self.anna.calls("SavePreferences", RECORD), "anna is not allowed to")
         until(lambda: self.anna.calls("SavePreferences", RECORD) == DONE, "anna is again")
 
+    def test_only_root_is_told_what_the_list_says_of_an_address(self):
+        explain = ["/usr/libexec/orvanta-filterd", "--explain", "https://www.blocked.example/"]
+        self.assertIn("www.blocked.example is blocked by the entry blocked.example,", run(*explain))
+        for person in (self.anna, self.bert):
+            done = subprocess.run(person.command(*explain), capture_output=True, text=True)
+            self.assertEqual((done.returncode, done.stdout), (1, ""))
+            self.assertEqual(done.stderr, "orvanta-filterd: /var/lib/orvanta-focus/state.json cannot be read: Permission denied\n")
+
     def test_records_that_make_no_sense_change_nothing(self):
         before = self.state()
         for record in ("{'grade': <'one'>}", "{'surprise': <true>}", "{'grade': <3>}", "{'enabled': <1>}", f"{{'localizedDescription': <'{'x' * 5000}'>}}",

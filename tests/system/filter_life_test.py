@@ -1,5 +1,6 @@
 """What may happen to the website filter while it runs, and to the traffic that goes through its machine. Needs root, and a
 network namespace of its own (tests/system/CMakeLists.txt)."""
+import contextlib
 import os
 import signal
 import socket
@@ -87,21 +88,44 @@ class Life(unittest.TestCase):
                 self.assertTrue(self.blocks())
         self.assertEqual(self.figures()["active"], 1)
 
-    def test_while_its_rules_cannot_be_put_back_it_claims_nothing(self):
-        def claimed():
-            return self.network.call("QueryProperties", GLib.Variant("(s)", (NAME,)))[0], self.figures()["active"]
-        self.assertEqual(claimed(), ([True], 1))
-        # A table of that name belongs to a process for as long as that lives, and nobody else may touch it.
+    def claimed(self):
+        return self.network.call("QueryProperties", GLib.Variant("(s)", (NAME,)))[0], self.figures()["active"]
+
+    @contextlib.contextmanager
+    def rules_in_other_hands(self):
+        """Its rules are gone and cannot be put back: a table of that name belongs to a process, and nobody else may touch it."""
         other = subprocess.Popen(["nft", "--interactive"], stdin=subprocess.PIPE, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, text=True)
         try:
             other.stdin.write("delete table inet orvanta_focus\nadd table inet orvanta_focus { flags owner; }\n")
             other.stdin.flush()
-            until(lambda: claimed() == ([False], 0), "it says that it does not filter")
-            self.assertTrue(self.network.loads("https://blocked.example/"))
+            until(lambda: self.claimed() == ([False], 0), "it says that it does not filter")
+            yield
         finally:
             other.stdin.close()
             other.wait(30)
-        until(lambda: claimed() == ([True], 1), "it filters again")
+        until(lambda: self.claimed() == ([True], 1), "it filters again")
+
+    def test_while_its_rules_cannot_be_put_back_it_claims_nothing(self):
+        self.assertEqual(self.claimed(), ([True], 1))
+        with self.rules_in_other_hands():
+            self.assertTrue(self.network.loads("https://blocked.example/"))
+        self.assertTrue(self.blocks())
+
+    def test_a_list_that_changes_before_the_rules_are_put_back_holds_at_once(self):
+        for _ in range(5):
+            for list_, others in ((["allowed.example"], "blocked.example"), (BLOCKED, "allowed.example")):
+                run("nft", "flush", "ruleset")
+                self.network.save(list_)
+                self.assertTrue(has_rules())
+                self.assertFalse(self.network.loads(f"https://{list_[0]}/"))
+                self.assertTrue(self.network.loads(f"https://{others}/"))
+
+    def test_a_list_that_cannot_be_brought_into_force_leaves_the_old_one_there(self):
+        before = self.network.call("LoadPreferences")
+        with self.rules_in_other_hands():
+            with self.assertRaisesRegex(GLib.Error, "nftables"):
+                self.network.save(["allowed.example"])
+            self.assertEqual(self.network.call("LoadPreferences"), before)
         self.assertTrue(self.blocks())
 
     def test_rules_that_were_rightly_taken_away_stay_away(self):
@@ -168,6 +192,22 @@ class Life(unittest.TestCase):
         self.assertEqual(self.network.call("LoadPreferences")[0]["enabled"], False)
         self.assertTrue((self.network.state / "state.json.damaged").exists())
         self.assertEqual(self.network.activate(), 0)
+
+    def test_a_state_that_cannot_be_read_ends_it_and_is_not_lost(self):
+        self.network.stop()
+        state = self.network.state / "state.json"
+        kept = self.network.state / "kept"
+        state.rename(kept)
+        state.symlink_to("state.json")
+        for arguments in ([], ["--explain", "https://blocked.example/"]):
+            done = subprocess.run([PROGRAM, *arguments], env={**os.environ, "STATE_DIRECTORY": str(self.network.state)}, capture_output=True, text=True,
+                                  timeout=60)
+            self.assertEqual((done.returncode, done.stdout), (1, ""))
+            self.assertEqual(done.stderr, f"orvanta-filterd: {state} cannot be read: Too many levels of symbolic links\n")
+        self.assertTrue(state.is_symlink())
+        kept.rename(state)
+        self.network.start()
+        self.assertTrue(self.blocks())
 
     # One process after another
 

@@ -14,7 +14,7 @@ sys.path.insert(0, str(Path(__file__).resolve().parent))
 from gi.repository import Gio, GLib
 
 from support.filtered import INTERFACE, NAME, PATH, SERVER_4, Network, asks, has_rules, run, tables
-from support.waiting import until
+from support.waiting import stays, until
 
 BLOCKED = ["blocked.example", "Other.Example:443.", "*.news.example."]
 
@@ -138,25 +138,66 @@ class WebsiteFilter(unittest.TestCase):
         self.network.start()
         self.assertTrue(has_rules())
 
-    def test_a_burst_of_refusals_is_announced_once(self):
+    def announcements(self):
+        """A function that gives what was announced since now."""
         heard = []
         context = GLib.MainContext.default()
         listener = self.network.bus.signal_subscribe(
             NAME, INTERFACE, "Notification", PATH, "com.orvanta.focus.blocked-domain-attempt", Gio.DBusSignalFlags.NONE,
             lambda *arguments: heard.append(arguments[5].unpack()))
         self.addCleanup(self.network.bus.signal_unsubscribe, listener)
+
+        def news():
+            while context.iteration(False):
+                pass
+            return heard
+        return news
+
+    def test_a_burst_of_refusals_is_announced(self):
+        news = self.announcements()
         # What earlier scenes refused may still be going out, and would make this burst part of theirs.
         self.assertFalse(self.network.loads("https://blocked.example/"))
 
         def announced():
             self.network.loads("https://blocked.example/")
-            while context.iteration(False):
-                pass
-            return bool(heard)
+            return bool(news())
         until(announced, "an announcement")
+        heard = news()
         self.assertEqual(set(heard), {("com.orvanta.focus.blocked-domain-attempt",)})
         refused = self.network.call("Statistics")[0]["refused"]
         self.assertGreater(refused, len(heard) - 1)
+
+    def test_each_visit_is_announced_once_however_soon_it_comes(self):
+        news = self.announcements()
+
+        def is_silent():
+            before = len(news())
+            try:
+                stays(lambda: len(news()) == before, "no more comes", 1.5)  # longer than announcements are apart
+            except AssertionError:
+                return False
+            return True
+
+        def refused():
+            return not self.network.loads("http://blocked.example/")
+
+        def a_burst_is_announced_once():
+            # A machine that is busy may make a pause where none was meant, and two visits of the attempts.
+            until(is_silent, "nothing is announced any more")
+            before = len(news())
+            self.assertTrue(all(refused() for _ in range(5)))
+            until(lambda: len(news()) > before, "an announcement")
+            return is_silent() and len(news()) == before + 1
+        until(a_burst_is_announced_once, "a burst is announced once")
+
+        before = len(news())
+        self.assertTrue(refused())
+        until(lambda: len(news()) > before, "the first visit is announced")
+        stays(lambda: len(news()) == before + 1, "once", 0.4)  # longer than a visit's attempts are apart
+        self.assertTrue(refused())
+        until(lambda: len(news()) > before + 1, "so is the second one")
+        until(is_silent, "nothing is announced any more")
+        self.assertEqual(len(news()), before + 2)
 
     def test_it_counts_what_it_saw(self):
         before = self.network.call("Statistics")[0]

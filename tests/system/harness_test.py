@@ -288,6 +288,12 @@ class Configurations(HarnessScene):
         self.assertEqual([path.read_text() for path in copies], [before])
         self.assertEqual(self.home.harness("uninstall", "claude").returncode, 0)
         self.assertEqual(claude.read_text(), before)
+        # The other one had none.
+        done = self.home.harness("uninstall", "codex")
+        self.assertEqual(done.returncode, 0)
+        self.assertIn(f"codex: {self.home.agents['codex']} is what it was before", done.stdout)
+        self.assertEqual(list(self.home.agents["codex"].parent.iterdir()), [])
+        self.assertEqual(json.loads(self.home.harness("status", "--json").stdout), {"codex": "notInstalled", "claude": "needsRepair"})
 
     def test_a_configuration_with_comments_stays(self):
         claude = self.home.agents["claude"]

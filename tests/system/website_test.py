@@ -7,7 +7,7 @@ from support import accessible, x11
 from support.filtered import SERVER_4, Network, has_rules, run
 from support.programs import BIN, scratch, store_key
 from support.scene import Scene
-from support.waiting import until
+from support.waiting import stays, until
 from support.webdriver import Browser
 
 BLOCKED, ALLOWED = "https://news.blocked.example/", "https://allowed.example/"
@@ -91,6 +91,25 @@ class WebsiteProtection(Scene):
         accessible.wait_for(focus.pid, "push button", "Activate website protection")
         self.network.start(self.prefix / "libexec" / "orvanta-filterd")
         accessible.wait_for(focus.pid, "push button", "Website protection ready")
+
+    def test_focus_that_ends_while_it_is_away_blocks_nothing_after_its_return(self):
+        service = self.service()
+        store_key(service.key)
+        focus = self.installed_focus(origin=service.origin, domains=["blocked.example"])
+        self.activate(focus)
+        service.start_task()
+        until(lambda: has_rules() and not self.network.loads("http://blocked.example/"), lambda: f"the filter is on\n{focus.output}")
+        self.network.stop(signal.SIGKILL)
+        stays(lambda: self.network.loads("http://blocked.example/"), "everything passes")
+        service.end_task()
+        accessible.wait_for(focus.pid, name="Focus inactive")
+        accessible.wait_for(focus.pid, "push button", "Activate website protection")
+        # It comes back with what it knew when it went.
+        self.assertTrue(has_rules())
+        self.network.start(self.prefix / "libexec" / "orvanta-filterd")
+        accessible.wait_for(focus.pid, "push button", "Website protection ready")
+        until(lambda: not has_rules(), lambda: f"the filter is off\n{focus.output}")
+        self.assertTrue(self.network.loads("http://blocked.example/"))
 
     def test_without_the_filter_the_program_works_on(self):
         self.network.stop()

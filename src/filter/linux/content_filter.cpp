@@ -24,8 +24,13 @@ std::expected<void, std::string> ContentFilter::switchOn(const std::vector<std::
     auto blocked = std::make_shared<DomainTable>(DomainTable::build(domains));
     if (m_queue) {
         m_queue->setBlocked(std::move(blocked));
-        if (const auto set = m_rules.setGeneration(generation); !set)
-            return set;
+        m_generation = generation; // the queue's, whether or not the rules follow
+        if (!m_rules.setGeneration(generation)) {
+            // Somebody has taken them away, or changed them.
+            if (const auto loaded = m_rules.load(m_number, generation); !loaded)
+                return loaded;
+            m_queue->startCounting();
+        }
     } else {
         auto queue = PacketQueue::open(m_number, m_bits, m_refusals);
         if (!queue)

@@ -31,8 +31,10 @@ constexpr const char* unknownExtension = "com.orvanta.focus.Error.UnknownExtensi
 constexpr const char* malformed = "org.freedesktop.DBus.Error.InvalidArgs";
 constexpr const char* failed = "org.freedesktop.DBus.Error.Failed";
 
-/// A page makes some ten refused attempts within a moment; they are one visit.
-constexpr std::chrono::seconds burst { 1 };
+/// A page makes some ten refused attempts within a moment; they are one visit, which is announced once. After a pause it is
+/// another one, say of the user's after one that some program made by itself; but visits are announced this far apart.
+constexpr std::chrono::milliseconds betweenVisits { 250 };
+constexpr std::chrono::seconds betweenAnnouncements { 1 };
 
 constexpr std::uint64_t checkInterval = 1'000'000; // microseconds
 constexpr int mostSilentChecks = 10;
@@ -107,8 +109,10 @@ std::expected<std::unique_ptr<FilterService>, std::string> FilterService::start(
     auto state = self->m_file.read();
     if (state)
         self->m_state = *std::move(state);
+    else if (state.error().isSetAside)
+        std::fprintf(stderr, "orvanta-filterd: %s; it is set aside\n", state.error().reason.c_str());
     else
-        std::fprintf(stderr, "orvanta-filterd: %s; it is set aside\n", state.error().c_str());
+        return std::unexpected(state.error().reason);
     if (self->m_state.generation == 0)
         self->m_state.generation = someGeneration();
     // The rules belong to whoever has the name; another one that runs keeps both.
@@ -136,6 +140,7 @@ FilterService::FilterService(Options options, int refusals, RulesWatch rulesWatc
 FilterService::~FilterService()
 {
     sd_event_source_unref(m_watch);
+    sd_event_source_unref(m_laterAnnouncement);
     sd_bus_flush_close_unref(m_bus);
     if (m_filter.queue())
         (void)m_filter.switchOff(); // before the descriptor goes that its thread writes to
@@ -162,7 +167,11 @@ std::expected<void, std::string> FilterService::connect(sd_event* loop)
         status = sd_bus_attach_event(m_bus, loop, SD_EVENT_PRIORITY_NORMAL);
     if (status < 0)
         return std::unexpected(reason("the system bus", status));
-    status = sd_event_add_io(loop, nullptr, m_refusals, EPOLLIN, &FilterService::takeRefusals, this);
+    status = sd_event_add_time(loop, &m_laterAnnouncement, CLOCK_MONOTONIC, 0, 0, &FilterService::announceLater, this);
+    if (status >= 0)
+        status = sd_event_source_set_enabled(m_laterAnnouncement, SD_EVENT_OFF);
+    if (status >= 0)
+        status = sd_event_add_io(loop, nullptr, m_refusals, EPOLLIN, &FilterService::takeRefusals, this);
     if (status >= 0)
         status = sd_event_add_io(loop, nullptr, m_rulesWatch.descriptor(), EPOLLIN, &FilterService::takeRuleChanges, this);
     std::uint64_t now = 0;
@@ -377,10 +386,27 @@ int FilterService::takeRefusals(sd_event_source*, int descriptor, std::uint32_t,
         return 0;
     FilterService& filter = service(self);
     const auto now = std::chrono::steady_clock::now();
-    if (now - filter.m_lastAnnouncement < burst)
+    const auto silence = now - std::exchange(filter.m_lastRefusal, now);
+    const auto wait = filter.m_lastAnnouncement + betweenAnnouncements - now;
+    if (wait.count() <= 0)
+        return filter.announce();
+    if (silence < betweenVisits)
         return 0;
-    filter.m_lastAnnouncement = now;
-    return sd_bus_emit_signal(filter.m_bus, objectPath, interfaceName, "Notification", "s", blockedDomainAttempt);
+    const auto microseconds = std::chrono::ceil<std::chrono::microseconds>(wait).count();
+    const int status = sd_event_source_set_time_relative(filter.m_laterAnnouncement, static_cast<std::uint64_t>(microseconds));
+    return status < 0 ? status : sd_event_source_set_enabled(filter.m_laterAnnouncement, SD_EVENT_ONESHOT);
+}
+
+int FilterService::announceLater(sd_event_source*, std::uint64_t, void* self)
+{
+    return service(self).announce();
+}
+
+int FilterService::announce()
+{
+    m_lastAnnouncement = std::chrono::steady_clock::now();
+    (void)sd_event_source_set_enabled(m_laterAnnouncement, SD_EVENT_OFF);
+    return sd_bus_emit_signal(m_bus, objectPath, interfaceName, "Notification", "s", blockedDomainAttempt);
 }
 
 /// A thread that hangs would hold every packet back. Ending the process lets them pass, and systemd starts it again.

@@ -24,7 +24,7 @@ int explain(const FilterService::Options& options, const std::string& address)
 {
     const auto state = StateFile(options.stateFolder).read();
     if (!state)
-        return fail(state.error());
+        return fail(state.error().reason);
     const auto host = hostOfEntry(address);
     if (!host) {
         std::printf("%s names no host, so nothing blocks it\n", address.c_str());

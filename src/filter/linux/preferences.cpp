@@ -7,12 +7,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <fstream>
 #include <set>
-#include <sstream>
 
 namespace orvanta::filter {
 
@@ -39,6 +38,33 @@ bool isText(const Json& value)
 std::string reason(const char* what)
 {
     return std::string(what) + ": " + std::strerror(errno);
+}
+
+/// All of the file at `path`; absent where there is none.
+std::expected<std::optional<std::string>, std::string> contentOf(const std::string& path)
+{
+    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (file < 0 && errno == ENOENT)
+        return std::nullopt;
+    const auto failed = [&path] { return std::unexpected(reason((path + " cannot be read").c_str())); };
+    if (file < 0)
+        return failed();
+    std::string text;
+    constexpr std::size_t pieceSize = 65536;
+    for (bool isWhole = false; !isWhole;) {
+        const std::size_t before = text.size();
+        text.resize(before + pieceSize);
+        const auto size = read(file, text.data() + before, pieceSize);
+        if (size < 0 && errno != EINTR) {
+            auto error = failed();
+            (void)close(file);
+            return error;
+        }
+        isWhole = size == 0;
+        text.resize(before + static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
+    }
+    (void)close(file);
+    return text;
 }
 
 bool readDomains(const Json& list, std::vector<std::string>& domains)
@@ -128,18 +154,18 @@ std::expected<StoredState, std::string> decodeState(const std::string& text)
     return state;
 }
 
-std::expected<StoredState, std::string> StateFile::read() const
+std::expected<StoredState, UnreadState> StateFile::read() const
 {
     const std::string path = m_folder + fileName;
-    std::ifstream file(path, std::ios::binary);
-    if (!file)
+    const auto text = contentOf(path);
+    if (!text)
+        return std::unexpected(UnreadState { text.error() });
+    if (!*text)
         return StoredState();
-    std::ostringstream text;
-    text << file.rdbuf();
-    auto state = decodeState(text.str());
+    auto state = decodeState(**text);
     if (!state)
-        (void)std::rename(path.c_str(), (path + ".damaged").c_str());
-    return state;
+        return std::unexpected(UnreadState { state.error(), std::rename(path.c_str(), (path + ".damaged").c_str()) == 0 });
+    return *std::move(state);
 }
 
 std::expected<void, std::string> StateFile::write(const StoredState& state) const

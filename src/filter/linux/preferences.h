@@ -45,13 +45,20 @@ inline constexpr std::size_t longestText = 4096;
 [[nodiscard]] std::string encodeState(const StoredState& state);
 [[nodiscard]] std::expected<StoredState, std::string> decodeState(const std::string& text);
 
+/// Why a stored state was not read. A damaged file is set aside, so that there is none any more; one that could not be
+/// looked into stays where it is, since it may hold what must not be lost.
+struct UnreadState {
+    std::string reason;
+    bool isSetAside = false;
+};
+
 /// The state in a file of its folder, replaced as a whole: after a crash it is the old one or the new one.
 class StateFile {
 public:
     explicit StateFile(std::string folder) : m_folder(std::move(folder)) { }
 
-    /// A fresh state where there is none. A damaged file is set aside, and is an error.
-    [[nodiscard]] std::expected<StoredState, std::string> read() const;
+    /// A fresh state where there is none.
+    [[nodiscard]] std::expected<StoredState, UnreadState> read() const;
     [[nodiscard]] std::expected<void, std::string> write(const StoredState& state) const;
 
 private:

@@ -175,6 +175,23 @@ Result<Replacement> placeOver(PreparedFile& prepared, const QByteArray& target, 
     return Replacement::replaced;
 }
 
+/// Takes the file at `target` away. Its content is looked at under a name that nobody else knows; were it another one by then, it
+/// gets its place back, unless something newer stands there.
+Result<Replacement> takeAway(PreparedFile& away, const QByteArray& target, const QByteArray& expected)
+{
+    if (!holds(QFile::decodeName(target), expected))
+        return Replacement::changedMeanwhile;
+    if (std::rename(target.constData(), away.name()) != 0)
+        return errno == ENOENT ? Result<Replacement>(Replacement::changedMeanwhile) : cannotBeWritten();
+    if (holds(away.path(), expected))
+        return Replacement::replaced; // it goes with the prepared file
+    if (placeNew(away, target))
+        return Replacement::changedMeanwhile;
+    const QString kept = away.path();
+    away.release();
+    return failure(u"was changed by another program at the same moment; its content is in %1"_s.arg(kept));
+}
+
 /// What stands at `target`; absent for nothing, an error for anything but a file.
 Result<std::optional<struct stat>> factsOf(const QByteArray& target)
 {
@@ -269,6 +286,25 @@ Result<FileSystem::Replacement> PosixFileSystem::replace(const QString& path, co
     if (!prepared)
         return std::unexpected(prepared.error());
     const auto outcome = expected ? placeOver(*prepared, target, *expected, content) : placeNew(*prepared, target);
+    if (outcome && *outcome == Replacement::replaced)
+        syncFolderOf(target);
+    return outcome;
+}
+
+Result<FileSystem::Replacement> PosixFileSystem::remove(const QString& path, const QByteArray& expected)
+{
+    const QByteArray target = targetOf(path);
+    const auto facts = factsOf(target);
+    if (!facts)
+        return std::unexpected(facts.error());
+    if (!*facts)
+        return Replacement::changedMeanwhile;
+    if (((*facts)->st_mode & S_IWUSR) == 0)
+        return failure(u"is write-protected"_s);
+    auto away = PreparedFile::make(target, {}, nullptr);
+    if (!away)
+        return std::unexpected(away.error());
+    const auto outcome = takeAway(*away, target, expected);
     if (outcome && *outcome == Replacement::replaced)
         syncFolderOf(target);
     return outcome;

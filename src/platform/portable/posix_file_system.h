@@ -13,6 +13,7 @@ public:
     [[nodiscard]] Result<void> createDirectories(const QString& path) override;
     [[nodiscard]] Result<void> writeAtomically(const QString& path, const QByteArray& content) override;
     [[nodiscard]] Result<Replacement> replace(const QString& path, const std::optional<QByteArray>& expected, const QByteArray& content) override;
+    [[nodiscard]] Result<Replacement> remove(const QString& path, const QByteArray& expected) override;
     [[nodiscard]] Result<void> setPermissions(const QString& path, std::uint16_t mode) override;
     [[nodiscard]] QStringList names(const QString& path) override;
 };

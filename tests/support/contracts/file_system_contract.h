@@ -105,6 +105,41 @@ private Q_SLOTS:
         QCOMPARE(files.names(folder), QStringList { QStringLiteral("file") });
     }
 
+    void whatIsRemovedIsGoneAndALinkToItStays()
+    {
+        FileSystem& files = fileSystem();
+        const QString folder = makeFolder();
+        const QString path = folder + QStringLiteral("/file");
+        const QString link = folder + QStringLiteral("/link");
+        const auto removed = Result<FileSystem::Replacement>(FileSystem::Replacement::replaced);
+        QVERIFY(files.writeAtomically(path, "old"));
+        QCOMPARE(files.remove(path, "old"), removed);
+        QVERIFY(files.names(folder).isEmpty());
+        QVERIFY(files.writeAtomically(path, "old"));
+        makeLink(link, path);
+        QCOMPARE(files.remove(link, "old"), removed);
+        QCOMPARE(files.names(folder), QStringList { QStringLiteral("link") });
+        QVERIFY(isLink(link));
+        QVERIFY(!files.exists(link));
+    }
+
+    void whatChangedMeanwhileIsNotRemovedNorWhatIsWriteProtected()
+    {
+        FileSystem& files = fileSystem();
+        const QString folder = makeFolder();
+        const QString path = folder + QStringLiteral("/file");
+        const auto changed = Result<FileSystem::Replacement>(FileSystem::Replacement::changedMeanwhile);
+        QCOMPARE(files.remove(path, "old"), changed);
+        QVERIFY(files.writeAtomically(path, "theirs"));
+        QCOMPARE(files.remove(path, "old"), changed);
+        QVERIFY(files.setPermissions(path, 0444));
+        const auto result = files.remove(path, "theirs");
+        QVERIFY(!result);
+        QCOMPARE(result.error().description, QStringLiteral("is write-protected"));
+        QCOMPARE(files.read(path), Result<std::optional<QByteArray>>("theirs"));
+        QCOMPARE(files.names(folder), QStringList { QStringLiteral("file") });
+    }
+
     void aWriteProtectedFileIsNotReplaced()
     {
         FileSystem& files = fileSystem();

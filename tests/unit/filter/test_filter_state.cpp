@@ -1,11 +1,19 @@
 #include "filter/linux/mark_bits.h"
 #include "filter/linux/preferences.h"
 
+#include "support/limited_rights.h"
+
+#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <cerrno>
+#include <cstring>
+#include <optional>
+
 using namespace orvanta::filter;
+using namespace orvanta::testing;
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -78,9 +86,57 @@ private Q_SLOTS:
         damaged.write("{\"activated\":tr");
         damaged.close();
         const StateFile file(folder.path().toStdString());
-        QVERIFY(!file.read().has_value());
+        const auto state = file.read();
+        QVERIFY(!state.has_value());
+        QVERIFY(state.error().isSetAside);
         QVERIFY(QFile::exists(folder.filePath(u"state.json.damaged"_s)));
         QVERIFY(file.read() == StoredState());
+    }
+
+    void whatCannotBeLookedIntoIsAnErrorAndStays_data()
+    {
+        QTest::addColumn<int>("obstacle");
+        QTest::newRow("a folder in its place") << EISDIR;
+        QTest::newRow("links in a circle") << ELOOP;
+        QTest::newRow("a file in the folder's place") << ENOTDIR;
+        QTest::newRow("somebody else's") << EACCES;
+    }
+
+    void whatCannotBeLookedIntoIsAnErrorAndStays()
+    {
+        QFETCH(int, obstacle);
+        const QTemporaryDir above;
+        const QString folder = above.filePath(u"state"_s);
+        const QString path = folder + u"/state.json"_s;
+        const StateFile file(folder.toStdString());
+        if (obstacle == ENOTDIR) {
+            QVERIFY(QFile(folder).open(QIODevice::WriteOnly));
+        } else {
+            QVERIFY(QDir().mkdir(folder));
+        }
+        if (obstacle == EISDIR)
+            QVERIFY(QDir().mkdir(path));
+        if (obstacle == ELOOP)
+            QVERIFY(QFile::link(u"state.json"_s, path));
+        if (obstacle == EACCES) {
+            QVERIFY(file.write(someState()).has_value());
+            QVERIFY(QFile::setPermissions(path, {}));
+        }
+        const auto state = [&] {
+            std::optional<OrdinaryUser> user;
+            if (obstacle == EACCES)
+                user.emplace();
+            return file.read();
+        }();
+        QVERIFY(!state.has_value());
+        QCOMPARE(QString::fromStdString(state.error().reason), path + u" cannot be read: "_s + QString::fromUtf8(std::strerror(obstacle)));
+        QVERIFY(!state.error().isSetAside);
+        if (obstacle == EACCES) {
+            QVERIFY(QFile::setPermissions(path, QFile::ReadOwner));
+            QVERIFY(file.read() == someState());
+        }
+        QCOMPARE(QDir(folder).entryList(QDir::AllEntries | QDir::System | QDir::Hidden | QDir::NoDotAndDotDot),
+            obstacle == ENOTDIR ? QStringList() : QStringList { u"state.json"_s });
     }
 
     void whatCannotBeStoredIsAnErrorAndLeavesTheOldState() { QVERIFY(!StateFile("/nowhere/at/all").write(someState()).has_value()); }

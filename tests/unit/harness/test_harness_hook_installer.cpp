@@ -290,11 +290,14 @@ private Q_SLOTS:
                 }
                 members.push_back("\"hooks\":" + generated.object(2, events));
             }
-            const QByteArray before = QByteArray::fromStdString(generated.space() + generated.object(4, members) + generated.space());
+            const bool isThere = seed % 10 != 0; // with none, what stands there is what an empty one holds
+            const QByteArray before
+                = isThere ? QByteArray::fromStdString(generated.space() + generated.object(4, members) + generated.space()) : "{}"_ba;
             const AIHarness agent = generated.pick(std::vector { AIHarness::codex, AIHarness::claude });
 
             Home h;
-            h.content(agent) = before;
+            if (isThere)
+                h.content(agent) = before;
             QVERIFY2(h.installer.install(agent, now), before.constData());
             // Among groups that are no objects an agent would not look for ours, so that this is not called intact.
             QCOMPARE(h.installer.status(agent), hasOddGroups(parsed(before)) ? HarnessHookStatus::needsRepair : HarnessHookStatus::installed);
@@ -318,7 +321,11 @@ private Q_SLOTS:
             QCOMPARE(h.content(agent), once);
 
             QCOMPARE(h.remover.uninstall(agent), Result<Outcome>(Outcome::restored));
-            QCOMPARE(h.content(agent), before);
+            QCOMPARE(h.files.exists(h.installer.paths().configuration(agent)), isThere);
+            if (isThere)
+                QCOMPARE(h.content(agent), before);
+            else
+                QCOMPARE(h.installer.status(agent), HarnessHookStatus::notInstalled);
         }
     }
 
@@ -341,6 +348,33 @@ private Q_SLOTS:
         QVERIFY(h.installer.install(AIHarness::claude, now));
         QCOMPARE(h.remover.uninstall(AIHarness::claude), Result<Outcome>(Outcome::removed));
         QCOMPARE(h.content(AIHarness::claude), "{}\n"_ba);
+    }
+
+    void whatSomebodyPutIntoAFileThatWeMadeStays()
+    {
+        Home h;
+        QVERIFY(h.installer.install(AIHarness::claude, now));
+        h.files.beforeReplacing = [&h] {
+            QByteArray& content = h.content(AIHarness::claude);
+            content.replace(0, 1, "{\n  \"model\": \"x\",");
+        };
+        QCOMPARE(h.remover.uninstall(AIHarness::claude), Result<Outcome>(Outcome::removed));
+        QCOMPARE(h.content(AIHarness::claude), "{\n  \"model\": \"x\"\n}\n"_ba);
+    }
+
+    void aFileThatWeMadeGoesFromTheDiskAndALinkToItStays()
+    {
+        RealHome h;
+        QVERIFY(h.installer.install(AIHarness::claude, now));
+        QCOMPARE(h.remover.uninstall(AIHarness::claude), Result<Outcome>(Outcome::restored));
+        QCOMPARE(namesIn(h.folder.filePath(u".claude"_s)), QStringList());
+
+        QVERIFY(QFile::link(u"../dotfiles.json"_s, h.configuration));
+        QVERIFY(h.installer.install(AIHarness::claude, now));
+        QCOMPARE(h.remover.uninstall(AIHarness::claude), Result<Outcome>(Outcome::restored));
+        QVERIFY(QFileInfo(h.configuration).isSymLink());
+        QCOMPARE(h.installer.status(AIHarness::claude), HarnessHookStatus::notInstalled);
+        QCOMPARE(namesIn(h.folder.path()), (QStringList { u".claude"_s, u"Library"_s }));
     }
 
     void uninstallingWithoutAConfigurationHasNothingToDo()

@@ -7,6 +7,7 @@
 #include <QTest>
 #include <QThread>
 
+#include <functional>
 #include <thread>
 
 using namespace orvanta;
@@ -64,6 +65,16 @@ struct House {
     }
 
     static void mainThread() { QCoreApplication::processEvents(); }
+
+    /// The extension was there and is no more, or is there again.
+    void refreshTo(bool isInstalled)
+    {
+        controller->refresh();
+        extensions.find({ { isInstalled } });
+        filter.releaseLoad();
+        mainThread();
+        (void)log.take();
+    }
 
     /// One pass that is in flight ends well.
     void finishPass()
@@ -354,6 +365,92 @@ private Q_SLOTS:
         QCOMPARE(house.log.take(), QStringList());
         house.controller->setFocusActive(true);
         QCOMPARE(house.log.take(), QStringList({ needsActivation }));
+        QVERIFY(house.filter.attempts().empty());
+    }
+
+    void theLastWishesOfTheTimeThatItWasAwayAreWrittenOnceWhenItIsBack_data()
+    {
+        QTest::addColumn<std::function<void(NetworkProtectionController&)>>("wish");
+        QTest::addColumn<QString>("save");
+        const auto row = [](const char* name, const std::function<void(NetworkProtectionController&)>& wish, const char* save) {
+            QTest::newRow(name) << wish << QString::fromLatin1(save);
+        };
+        row("focus ended", [](auto& controller) { controller.setFocusActive(false); }, "filter.save disabled [a.example]");
+        row("the list changed", [](auto& controller) { controller.setBlockedDomains({ u"b.example"_s }); }, "filter.save enabled [b.example]");
+        row(
+            "focus ended and began",
+            [](auto& controller) {
+                controller.setFocusActive(false);
+                controller.setFocusActive(true);
+            },
+            "filter.save enabled [a.example]");
+        row(
+            "all of it",
+            [](auto& controller) {
+                controller.setBlockedDomains({ u"b.example"_s });
+                controller.setFocusActive(false);
+                controller.setBlockedDomains({ u"c.example"_s });
+            },
+            "filter.save disabled [c.example]");
+    }
+
+    void theLastWishesOfTheTimeThatItWasAwayAreWrittenOnceWhenItIsBack()
+    {
+        QFETCH(std::function<void(NetworkProtectionController&)>, wish);
+        QFETCH(QString, save);
+        House house;
+        house.startWith(true);
+        house.controller->setBlockedDomains({ u"a.example"_s });
+        house.finishPass();
+        house.controller->setFocusActive(true);
+        house.finishPass();
+        house.refreshTo(false);
+        wish(*house.controller);
+        QVERIFY(!house.log.take().contains(filterLoad));
+
+        house.controller->refresh();
+        (void)house.log.take();
+        house.extensions.find({ { true } });
+        House::mainThread();
+        QCOMPARE(house.log.take().mid(1), QStringList({ filterLoad })); // after the state
+        house.filter.releaseLoad();                                     // the refresh's own
+        house.finishPass();
+        QCOMPARE(house.log.take().filter(u"filter."_s), QStringList({ save }));
+
+        house.refreshTo(true);
+        house.refreshTo(false);
+        house.refreshTo(true);
+        QCOMPARE(house.filter.pendingLoads(), std::size_t(0));
+        QCOMPARE(house.filter.attempts().size(), std::size_t(3));
+    }
+
+    void whatWasMissedIsWrittenOnceAlsoWhenTheUserActivatesItAgain()
+    {
+        House house;
+        house.startWith(true);
+        house.refreshTo(false);
+        house.controller->setFocusActive(true);
+        house.controller->activate();
+        house.extensions.finish(ActivationResult::completed);
+        House::mainThread();
+        house.finishPass(); // its load is the oldest; the refresh's own is still to come
+        house.filter.releaseLoad();
+        house.extensions.find({ { true } });
+        House::mainThread();
+        QCOMPARE(house.filter.pendingLoads(), std::size_t(0));
+        QCOMPARE(house.filter.attempts().size(), std::size_t(1));
+        QVERIFY(house.filter.saved.isEnabled);
+    }
+
+    void whatWasWishedBeforeItWasEverThereIsNotWrittenWhenItIsFound()
+    {
+        House house;
+        house.filter.saved = savedFor(extension, true);
+        house.startWith(false);
+        house.controller->setBlockedDomains({ u"a.example"_s });
+        house.controller->setFocusActive(false);
+        house.refreshTo(true);
+        QCOMPARE(house.filter.pendingLoads(), std::size_t(0));
         QVERIFY(house.filter.attempts().empty());
     }
 
