@@ -29,6 +29,7 @@ class TestAppKitOverlayPanels : public OverlayPanelsContract {
     void pressButton() override { QTest::keyClick(&window(), Qt::Key_Return); }
     void askToClose() override { window().close(); }
     [[nodiscard]] QRect display() const override { return { 0, 0, 800, 600 }; }
+    [[nodiscard]] QRect otherDisplay() const override { return { 800, 0, 1024, 768 }; }
 
     KeyContentFactory m_contents;
 
