@@ -3,6 +3,7 @@
 #include "platform/macos/appkit_overlay_panels.h"
 #include "support/contracts/overlay_panels_contract.h"
 #include "support/key_content.h"
+#include "support/off_the_main_thread.h"
 
 #include <QGuiApplication>
 #include <QQuickWindow>
@@ -67,6 +68,17 @@ private Q_SLOTS:
         QVERIFY(mac::shownPanelCanBecomeKey());
         QVERIFY(mac::isShownPanelWindowFirstResponder());
         QVERIFY(window().isVisible());
+    }
+
+    void offTheMainThreadThePanelStopsTheProgram()
+    {
+        const auto panels = makePanels();
+        const auto panel = panels->make();
+        panel->setFrame(display());
+        panel->setContent(std::nullopt);
+        panel->orderFront();
+        QCOMPARE(lastWordsOffTheMainThread([] { (void)mac::shownPanelCanBecomeKey(); }),
+            QByteArray("-[InteractiveBlockingPanel canBecomeKeyWindow] was called outside the main thread"));
     }
 
     void theContentFollowsThePanelsSize()
