@@ -1,5 +1,6 @@
 #include "blocking/blocking_coordinator.h"
 
+#include "platform/main_thread.h"
 #include "platform/running_applications.h"
 #include "platform/screens.h"
 
@@ -20,6 +21,7 @@ BlockingCoordinator::~BlockingCoordinator() = default;
 
 void BlockingCoordinator::present(const BlockedTarget& target, std::uint32_t screenNumber)
 {
+    requireMainThread("BlockingCoordinator::present");
     const auto screens = m_screens.all();
     const auto asked = std::ranges::find(screens, screenNumber, &Screen::number);
     const std::optional<Screen> screen = asked != screens.end() ? std::optional(*asked) : m_screens.main();
@@ -36,6 +38,7 @@ void BlockingCoordinator::present(const BlockedTarget& target, std::uint32_t scr
 
 void BlockingCoordinator::dismiss()
 {
+    requireMainThread("BlockingCoordinator::dismiss");
     for (const auto& [number, panel] : m_panels)
         panel->orderOut();
 }

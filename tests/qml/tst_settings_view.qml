@@ -681,6 +681,67 @@ Item {
             compare(section.x, 320)
         }
 
+        // Where the pointer is, is shown in 80 ms, and no longer in 120; a press at once, and its end in 120.
+        function answersThePointer(item, fill) {
+            const beside = -12
+            mouseMove(item, beside, beside)
+            tryCompare(fill, "answered", 0)
+            const rest = fill.restColor.toString()
+            tryVerify(() => fill.color.toString() === rest, 15000)
+            mouseMove(item, item.width / 2, item.height / 2)
+            tryCompare(fill, "answered", 1)
+            compare(fill.duration, 80)
+            tryVerify(() => fill.color.toString() === fill.hoverColor.toString(), 15000)
+            mouseMove(item, beside, beside)
+            tryCompare(fill, "answered", 0)
+            compare(fill.duration, 120)
+            tryVerify(() => fill.color.toString() === rest, 15000)
+        }
+
+        function answersAPress(button, fill) {
+            mouseMove(button, button.width / 2, button.height / 2)
+            tryCompare(fill, "answered", 1)
+            mousePress(button)
+            compare(fill.duration, 0)
+            compare(fill.color.toString(), fill.pressColor.toString())
+            mouseRelease(button)
+            compare(fill.answered, 1)
+            compare(fill.duration, 120)
+            tryVerify(() => fill.color.toString() === fill.hoverColor.toString(), 15000)
+        }
+
+        function test_with_motion_everything_answers_the_pointer_softly_and_a_press_at_once() {
+            const view = make({ reduceMotion: false, blockedDomains: Lists.domains(["a.example"]) })
+            const protectionButton = part(view, "websiteProtection")
+            const remove = removeAt(view, "websites", 0)
+            for (const [button, fill] of [[protectionButton, "capsule"], [remove, "veil"]]) {
+                answersThePointer(button, part(button, fill))
+                answersAPress(button, part(button, fill))
+            }
+            answersThePointer(addOf(view, "websites"), part(addOf(view, "websites"), "circle"))
+            answersThePointer(rowAt(view, "websites", 0), part(rowAt(view, "websites", 0), "hoverVeil"))
+            const list = openApplicationEditor(view)
+            tryCompare(list, "count", 6)
+            tryCompare(part(view, "panel"), "lift", 0, 15000)
+            answersThePointer(part(view, "cancel"), part(part(view, "cancel"), "capsule"))
+            answersThePointer(list.itemAtIndex(0), part(list.itemAtIndex(0), "hoverVeil"))
+        }
+
+        function test_without_motion_everything_answers_the_pointer_at_once() {
+            const view = make({ blockedDomains: Lists.domains(["a.example"]) })
+            const remove = removeAt(view, "websites", 0)
+            const row = part(rowAt(view, "websites", 0), "hoverVeil")
+            const veil = part(remove, "veil")
+            for (const fill of [row, veil])
+                compare(fill.color.a, 0)
+            mouseMove(remove, remove.width / 2, remove.height / 2)
+            for (const fill of [row, veil])
+                compare(fill.color.toString(), fill.hoverColor.toString())
+            mouseMove(view, 2, 2)
+            for (const fill of [row, veil])
+                compare(fill.color.a, 0)
+        }
+
         function test_with_motion_a_sheet_comes_softly_and_can_be_used_at_once() {
             const view = make({ reduceMotion: false })
             openDomainEditor(view)

@@ -1,9 +1,12 @@
 #import "platform/macos/interactive_blocking_panel.h"
 
+#include "platform/main_thread.h"
+
 @implementation InteractiveBlockingPanel
 
 - (BOOL)canBecomeKeyWindow
 {
+    orvanta::requireMainThread("-[InteractiveBlockingPanel canBecomeKeyWindow]");
     return YES;
 }
 

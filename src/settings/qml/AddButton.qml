@@ -8,18 +8,18 @@ PressableControl {
     implicitWidth: 32
     implicitHeight: 32
 
-    Rectangle {
+    PointerFill {
         objectName: "circle"
         anchors.fill: parent
+        style: button.style
+        hovered: button.hovered
+        pressed: button.pressed
+        restColor: button.style.gold
+        hoverColor: button.style.goldHover
+        pressColor: button.style.goldPress
         radius: height / 2
-        color: button.pressed ? button.style.goldPress : button.hovered ? button.style.goldHover : button.style.gold
         border.width: 1
         border.color: button.style.goldEdge
-
-        Behavior on color {
-            enabled: !button.pressed
-            ColorAnimation { duration: button.hovered ? button.style.hoverIn : button.style.hoverOut }
-        }
     }
 
     Symbol {

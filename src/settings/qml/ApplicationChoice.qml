@@ -21,11 +21,19 @@ Item {
     Accessible.selected: choice.isSelected
     Accessible.onPressAction: choice.picked()
 
+    PointerFill {
+        objectName: "hoverVeil"
+        anchors.fill: parent
+        style: choice.style
+        hovered: pointer.containsMouse && !choice.isSelected
+        radius: 8
+    }
+
     Rectangle {
         objectName: "background"
         anchors.fill: parent
         radius: 8
-        color: choice.isSelected ? choice.style.selected : pointer.containsMouse ? choice.style.veilHover : "transparent"
+        color: choice.isSelected ? choice.style.selected : "transparent"
         border.width: choice.isSelected && choice.showsRing ? 2 : 0
         border.color: choice.style.ring
     }

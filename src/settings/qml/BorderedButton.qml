@@ -7,11 +7,13 @@ PressableControl {
     implicitWidth: label.implicitWidth + 2 * 16
     implicitHeight: Math.max(32, label.height + 12)
 
-    Rectangle {
+    PointerFill {
         objectName: "capsule"
         anchors.fill: parent
+        style: button.style
+        hovered: button.hovered
+        pressed: button.pressed
         radius: height / 2
-        color: button.pressed ? button.style.veilPress : button.hovered ? button.style.veilHover : "transparent"
         border.width: 1
         border.color: button.style.outline
     }

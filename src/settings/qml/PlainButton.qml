@@ -11,11 +11,15 @@ PressableControl {
     ringMargin: 0
     ringRadius: 8
 
-    Rectangle {
+    PointerFill {
+        id: veil
+
         objectName: "veil"
         anchors.fill: parent
+        style: button.style
+        hovered: button.hovered
+        pressed: button.pressed
         radius: 8
-        color: button.pressed ? button.style.veilPress : button.hovered ? button.style.veilHover : "transparent"
     }
 
     StyledText {
@@ -27,7 +31,11 @@ PressableControl {
         text: button.text
         size: 13
         line: 18
-        color: button.hovered || button.pressed ? button.style.text : button.style.secondaryText
+        color: veil.answered > 0 ? button.style.text : button.style.secondaryText
         Accessible.ignored: true
+
+        Behavior on color {
+            ColorAnimation { duration: veil.duration }
+        }
     }
 }

@@ -40,12 +40,12 @@ Item {
         color: row.style.hairline
     }
 
-    Rectangle {
+    PointerFill {
         objectName: "hoverVeil"
         anchors { fill: parent; leftMargin: -8; rightMargin: -8; topMargin: -5; bottomMargin: -5 }
-        visible: hover.hovered
+        style: row.style
+        hovered: hover.hovered
         radius: 8
-        color: row.style.veilHover
     }
 
     HoverHandler {

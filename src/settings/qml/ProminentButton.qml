@@ -17,24 +17,18 @@ PressableControl {
     implicitWidth: label.implicitWidth + 2 * 16
     implicitHeight: Math.max(32, label.height + 12)
 
-    Rectangle {
-        id: capsule
-
-        readonly property color wanted: !button.awake ? button.style.disabledFill
-            : button.blockingActive ? (button.pressed ? button.style.activePress : button.hovered ? button.style.activeHover : button.style.active)
-            : button.pressed ? button.style.goldPress : button.hovered ? button.style.goldHover : button.style.gold
-
+    PointerFill {
         objectName: "capsule"
         anchors.fill: parent
+        style: button.style
+        hovered: button.hovered
+        pressed: button.pressed
+        restColor: !button.awake ? button.style.disabledFill : button.blockingActive ? button.style.active : button.style.gold
+        hoverColor: !button.awake ? button.style.disabledFill : button.blockingActive ? button.style.activeHover : button.style.goldHover
+        pressColor: !button.awake ? button.style.disabledFill : button.blockingActive ? button.style.activePress : button.style.goldPress
         radius: button.radius
-        color: wanted
         border.width: button.awake ? 1 : 0
         border.color: button.style.goldEdge
-
-        Behavior on color {
-            enabled: !button.pressed
-            ColorAnimation { duration: button.hovered ? button.style.hoverIn : button.style.hoverOut }
-        }
     }
 
     StyledText {

@@ -42,6 +42,7 @@ QtObject {
     readonly property color well: dark ? "#171F31" : "#F2F0EC"
     readonly property color selected: dark ? "#33415F" : "#F0E2BF"
     readonly property color check: dark ? OrvantaPalette.gold : OrvantaPalette.midnight
+    readonly property color veilRest: dark ? Qt.rgba(0.949, 0.937, 0.918, 0) : Qt.rgba(0.075, 0.102, 0.161, 0)
     readonly property color veilHover: dark ? Qt.rgba(0.949, 0.937, 0.918, 0.06) : Qt.rgba(0.075, 0.102, 0.161, 0.045)
     readonly property color veilPress: dark ? Qt.rgba(0.949, 0.937, 0.918, 0.12) : Qt.rgba(0.075, 0.102, 0.161, 0.09)
     readonly property color hairline: dark ? Qt.rgba(0.949, 0.937, 0.918, 0.1) : Qt.rgba(0.075, 0.102, 0.161, 0.09)
@@ -62,7 +63,6 @@ QtObject {
     readonly property int hoverOut: reduceMotion ? 0 : 120
     readonly property int rowFade: reduceMotion ? 0 : 140
     readonly property int sheetIn: reduceMotion ? 0 : 180
-    readonly property int sheetOut: reduceMotion ? 0 : 120
 
     // A size of text, or of what has to hold text, in whole pixels.
     function scaled(pixels: real): int {

@@ -3,6 +3,7 @@
 #include "platform/macos/appkit_overlay_panels.h"
 #include "support/contracts/overlay_panels_contract.h"
 #include "support/key_content.h"
+#include "support/off_the_main_thread.h"
 
 #include <QGuiApplication>
 #include <QQuickWindow>
@@ -29,6 +30,7 @@ class TestAppKitOverlayPanels : public OverlayPanelsContract {
     void pressButton() override { QTest::keyClick(&window(), Qt::Key_Return); }
     void askToClose() override { window().close(); }
     [[nodiscard]] QRect display() const override { return { 0, 0, 800, 600 }; }
+    [[nodiscard]] QRect otherDisplay() const override { return { 800, 0, 1024, 768 }; }
 
     KeyContentFactory m_contents;
 
@@ -66,6 +68,17 @@ private Q_SLOTS:
         QVERIFY(mac::shownPanelCanBecomeKey());
         QVERIFY(mac::isShownPanelWindowFirstResponder());
         QVERIFY(window().isVisible());
+    }
+
+    void offTheMainThreadThePanelStopsTheProgram()
+    {
+        const auto panels = makePanels();
+        const auto panel = panels->make();
+        panel->setFrame(display());
+        panel->setContent(std::nullopt);
+        panel->orderFront();
+        QCOMPARE(lastWordsOffTheMainThread([] { (void)mac::shownPanelCanBecomeKey(); }),
+            QByteArray("-[InteractiveBlockingPanel canBecomeKeyWindow] was called outside the main thread"));
     }
 
     void theContentFollowsThePanelsSize()

@@ -9,7 +9,7 @@
 
 namespace orvanta::testing {
 
-/// What every OverlayPanels does, on a desktop with one display.
+/// What every OverlayPanels does.
 class OverlayPanelsContract : public QObject {
     Q_OBJECT
 
@@ -29,6 +29,8 @@ protected:
     virtual void askToClose() = 0;
 
     [[nodiscard]] virtual QRect display() const = 0;
+    /// Another display; where there is only one, another part of it.
+    [[nodiscard]] virtual QRect otherDisplay() const = 0;
 
     static constexpr int patience = 15'000;
 
@@ -107,6 +109,22 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(second, 1, patience);
         QCOMPARE(first, 0);
         QCOMPARE(shownPanels(), 1);
+    }
+
+    void shownAlreadyItGoesToTheDisplayThatItIsPresentedFor()
+    {
+        const auto panels = makePanels();
+        const auto panel = panels->make();
+        int pressed = 0;
+        for (const QRect& frame : { display(), otherDisplay() }) {
+            panel->setFrame(frame);
+            panel->setContent([&pressed] { ++pressed; });
+            panel->orderFront();
+            QTRY_COMPARE_WITH_TIMEOUT(shownPanels(), 1, patience);
+            QTRY_COMPARE_WITH_TIMEOUT(shownFrame(), frame, patience);
+        }
+        pressButton();
+        QTRY_COMPARE_WITH_TIMEOUT(pressed, 1, patience);
     }
 
     void theActionMayOrderThePanelOut()

@@ -3,6 +3,7 @@
 #include "support/fake_overlay_panels.h"
 #include "support/fake_running_applications.h"
 #include "support/fake_screens.h"
+#include "support/off_the_main_thread.h"
 
 #include <QTest>
 
@@ -131,6 +132,16 @@ private Q_SLOTS:
         (void)house.log.take();
         acknowledge();
         QCOMPARE(house.log.take(), QStringList());
+    }
+
+    void offTheMainThreadNothingIsDone()
+    {
+        House house;
+        QCOMPARE(lastWordsOffTheMainThread([&house] { house.coordinator->present(editor, left.number); }),
+            QByteArray("BlockingCoordinator::present was called outside the main thread"));
+        QCOMPARE(lastWordsOffTheMainThread([&house] { house.coordinator->dismiss(); }),
+            QByteArray("BlockingCoordinator::dismiss was called outside the main thread"));
+        QCOMPARE(lastWordsOffTheMainThread([] { }), QByteArray());
     }
 
     void targetsAreEqualCaseByCase()

@@ -2,13 +2,16 @@
 #include "platform/linux/application_identity_browsers.h"
 #include "platform/linux/application_identity_process.h"
 #include "platform/linux/application_identity_rules.h"
+#include "platform/linux/wayland/wayland_running_applications.h"
 
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <array>
 #include <unistd.h>
+#include <vector>
 
 using namespace orvanta;
 using namespace Qt::StringLiterals;
@@ -266,6 +269,29 @@ private Q_SLOTS:
         // Our own windows are known whatever they say of themselves.
         window.process = 4711;
         QCOMPARE(identity.of(window), (Application { .identifier = u"own.desktop"_s, .name = u"Own"_s }));
+    }
+
+    void windowsOfWaylandAreForgottenWhenOthersAreIdentified()
+    {
+        const QTemporaryDir proc;
+        const QString executable = proc.filePath(u"1/exe"_s);
+        QVERIFY(write(proc.filePath(u"1/cmdline"_s), "any") && QFile::link(u"/usr/bin/editor"_s, executable));
+        ApplicationIdentity identity({}, DesktopEntryIndex({ proc.filePath(u"applications"_s).toStdString() }), proc.path().toStdString());
+        DesktopWindow first;
+        first.number = 1;
+        first.traits.process = 1;
+        DesktopWindow second;
+        second.number = 2;
+        second.traits.className = "Clock";
+        const auto named
+            = [](const char* name) { return ApplicationIdentity::Application { .identifier = std::nullopt, .name = QString::fromLatin1(name) }; };
+        using Applications = std::vector<ApplicationIdentity::Application>;
+
+        QCOMPARE(applicationsOf(identity, std::array { first, second }), (Applications { named("editor"), named("Clock") }));
+        QVERIFY(QFile::remove(executable) && QFile::link(u"/usr/bin/player"_s, executable));
+        QCOMPARE(applicationsOf(identity, std::array { first }), Applications { named("editor") });
+        QCOMPARE(applicationsOf(identity, std::array { second }), Applications { named("Clock") });
+        QCOMPARE(applicationsOf(identity, std::array { first }), Applications { named("player") });
     }
 
     void anApplicationThatIsInstalledLaterIsNoticed()

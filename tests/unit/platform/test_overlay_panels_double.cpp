@@ -21,6 +21,7 @@ protected:
     void pressButton() override { (*m_panels->panels().back()->acknowledge)(); }
     void askToClose() override { } // there is no window to close
     [[nodiscard]] QRect display() const override { return { 0, 0, 800, 600 }; }
+    [[nodiscard]] QRect otherDisplay() const override { return { 800, 0, 1024, 768 }; }
 
 private:
     CallLog m_log;

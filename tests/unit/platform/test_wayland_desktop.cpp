@@ -83,17 +83,22 @@ class TestWaylandOverlayPanels : public OverlayPanelsContract {
         return shell ? std::make_unique<LayerOverlayPanels>(m_contents, std::move(shell)) : nullptr;
     }
 
-    /// One if the display's corners and its middle are the panel's, none if they all are not; otherwise neither.
     [[nodiscard]] int shownPanels() override
     {
-        const auto own = std::ranges::count(colours(placesOf(display())), panelColour);
-        return own == 0 ? 0 : own == placesOf(display()).size() ? 1 : -1;
+        const int here = panelsOn(display());
+        return here != 0 ? here : panelsOn(otherDisplay());
     }
     [[nodiscard]] QRect shownFrame() override
     {
-        const QRect other = QGuiApplication::screens().at(1)->geometry();
-        const bool isBeyond = std::ranges::count(colours(placesOf(other)), panelColour) > 0;
-        return shownPanels() == 1 && !isBeyond ? display() : QRect();
+        const int here = panelsOn(display());
+        const int there = panelsOn(otherDisplay());
+        return here == 1 && there == 0 ? display() : here == 0 && there == 1 ? otherDisplay() : QRect();
+    }
+    /// One if the display's corners and its middle are the panel's, none if they all are not; otherwise neither.
+    [[nodiscard]] int panelsOn(const QRect& frame)
+    {
+        const auto own = std::ranges::count(colours(placesOf(frame)), panelColour);
+        return own == 0 ? 0 : own == placesOf(frame).size() ? 1 : -1;
     }
     [[nodiscard]] bool hasButton() override
     {
@@ -122,6 +127,7 @@ class TestWaylandOverlayPanels : public OverlayPanelsContract {
             QVERIFY(!cover->close()); // layers have no cross; this is what any other window would be told
     }
     [[nodiscard]] QRect display() const override { return QGuiApplication::screens().at(0)->geometry(); }
+    [[nodiscard]] QRect otherDisplay() const override { return QGuiApplication::screens().at(1)->geometry(); }
 
     static QList<QPoint> placesOf(const QRect& frame)
     {

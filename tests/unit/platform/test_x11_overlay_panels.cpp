@@ -51,6 +51,11 @@ protected:
     void askToClose() override { QVERIFY(run(u"wmctrl"_s, { u"-i"_s, u"-c"_s, u"0x%1"_s.arg(shownWindow(), 0, 16) })); }
 
     [[nodiscard]] QRect display() const override { return QGuiApplication::primaryScreen()->geometry(); }
+    [[nodiscard]] QRect otherDisplay() const override
+    {
+        const auto screens = QGuiApplication::screens();
+        return screens.size() > 1 ? screens.at(1)->geometry() : display().adjusted(display().width() / 2, 0, 0, 0);
+    }
 
 private:
     static constexpr int patience = OverlayPanelsContract::patience;

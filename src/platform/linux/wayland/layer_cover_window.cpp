@@ -55,6 +55,8 @@ void LayerCoverWindow::prepare()
 void LayerCoverWindow::present()
 {
     m_isWanted = true;
+    if (m_role && m_covered != display())
+        loseRole(); // which stays on the display that it was taken for
     if (m_role)
         m_role->takeKeyboard();
     else
@@ -77,6 +79,7 @@ void LayerCoverWindow::takeRole()
 {
     if (!handle())
         prepare();
+    m_covered = display();
     m_role = m_shell->cover(
         *this, display(), [this] { show(); },
         // Not at once: the role itself is calling.

@@ -4,6 +4,8 @@
 #include "platform/linux/cover_window.h"
 #include "platform/linux/wayland/layer_shell.h"
 
+#include <QPointer>
+#include <QScreen>
 #include <QTimer>
 
 #include <cstddef>
@@ -36,7 +38,8 @@ private:
 
     std::shared_ptr<const LayerShell> m_shell;
     std::unique_ptr<LayerSurface> m_role;
-    bool m_isWanted = false; ///< presented and not withdrawn, also while there is no display for it
+    QPointer<QScreen> m_covered; ///< the display that it was taken for
+    bool m_isWanted = false;     ///< presented and not withdrawn, also while there is no display for it
     QTimer m_watch;
     std::size_t m_checks = 0; ///< made since the presentation
 };

@@ -2,6 +2,8 @@
 
 #include "platform/linux/wayland/wayland_running_applications.h"
 
+#include <span>
+
 namespace orvanta {
 
 WaylandActivationMonitor::WaylandActivationMonitor(CompositorWindows& windows, OwnApplication own) : m_windows(windows), m_identity(std::move(own))
@@ -57,7 +59,7 @@ void WaylandActivationMonitor::note(const std::optional<QString>& identifier)
 std::optional<QString> WaylandActivationMonitor::identifierOf(const DesktopWindow& window)
 {
     m_identity.refresh();
-    return applicationOf(m_identity, window).identifier;
+    return applicationsOf(m_identity, std::span(&window, 1)).front().identifier;
 }
 
 } // namespace orvanta

@@ -6,6 +6,7 @@
 #include <QScreen>
 
 #include <algorithm>
+#include <cstddef>
 #include <unordered_set>
 
 namespace orvanta {
@@ -18,6 +19,29 @@ ApplicationIdentity::Application applicationOf(ApplicationIdentity& identity, co
     }
     return identity.of(window.number, window.traits);
 }
+
+std::vector<ApplicationIdentity::Application> applicationsOf(ApplicationIdentity& identity, std::span<const DesktopWindow> windows)
+{
+    std::unordered_set<std::uint64_t> present;
+    for (const DesktopWindow& window : windows)
+        present.insert(window.number);
+    identity.forgetAllBut(present);
+    std::vector<ApplicationIdentity::Application> applications;
+    for (const DesktopWindow& window : windows)
+        applications.push_back(applicationOf(identity, window));
+    return applications;
+}
+
+namespace {
+
+RunningApplication running(const ApplicationIdentity::Application& application, const DesktopWindow& window)
+{
+    return { .bundleIdentifier = application.identifier,
+        .localizedName = application.name,
+        .activationPolicy = window.skipsTaskbar ? ActivationPolicy::accessory : ActivationPolicy::regular };
+}
+
+} // namespace
 
 WaylandRunningApplications::WaylandRunningApplications(std::shared_ptr<CompositorWindows> windows, OwnApplication own)
     : m_windows(std::move(windows))
@@ -32,7 +56,7 @@ std::optional<RunningApplication> WaylandRunningApplications::frontmost()
     if (!window)
         return std::nullopt;
     m_identity.refresh();
-    return application(*window);
+    return running(applicationOf(m_identity, *window), *window);
 }
 
 std::vector<RunningApplication> WaylandRunningApplications::all()
@@ -42,13 +66,10 @@ std::vector<RunningApplication> WaylandRunningApplications::all()
         return {};
     m_identity.refresh();
     const std::vector<DesktopWindow> windows = feed->windows();
-    std::unordered_set<std::uint64_t> present;
+    const auto applications = applicationsOf(m_identity, windows);
     ApplicationGroups groups;
-    for (const DesktopWindow& window : windows) {
-        present.insert(window.number);
-        groups.add(application(window), window.traits.process, window.number);
-    }
-    m_identity.forgetAllBut(present);
+    for (std::size_t place = 0; place < windows.size(); ++place)
+        groups.add(running(applications[place], windows[place]), windows[place].traits.process, windows[place].number);
     return groups.take();
 }
 
@@ -58,18 +79,15 @@ void WaylandRunningApplications::hide(const QString& bundleIdentifier)
     if (!feed)
         return;
     m_identity.refresh();
-    std::vector<DesktopWindow> own = feed->windows();
-    std::erase_if(own, [&](const DesktopWindow& window) { return applicationOf(m_identity, window).identifier != bundleIdentifier; });
+    const std::vector<DesktopWindow> windows = feed->windows();
+    const auto applications = applicationsOf(m_identity, windows);
+    std::vector<DesktopWindow> own;
+    for (std::size_t place = 0; place < windows.size(); ++place) {
+        if (applications[place].identifier == bundleIdentifier)
+            own.push_back(windows[place]);
+    }
     if (!own.empty())
         feed->hide(own);
-}
-
-RunningApplication WaylandRunningApplications::application(const DesktopWindow& window)
-{
-    const ApplicationIdentity::Application identity = applicationOf(m_identity, window);
-    return { .bundleIdentifier = identity.identifier,
-        .localizedName = identity.name,
-        .activationPolicy = window.skipsTaskbar ? ActivationPolicy::accessory : ActivationPolicy::regular };
 }
 
 KeyWindowGeometry waylandKeyWindowGeometry(std::shared_ptr<CompositorWindows> windows)

@@ -6,11 +6,16 @@
 #include "platform/running_applications.h"
 
 #include <memory>
+#include <span>
+#include <vector>
 
 namespace orvanta {
 
 /// Which application a window of a Wayland desktop belongs to.
 [[nodiscard]] ApplicationIdentity::Application applicationOf(ApplicationIdentity& identity, const DesktopWindow& window);
+
+/// The same for several windows, in their order. All others are forgotten: every new window has a number of its own.
+[[nodiscard]] std::vector<ApplicationIdentity::Application> applicationsOf(ApplicationIdentity& identity, std::span<const DesktopWindow> windows);
 
 /// The applications that have windows, in the order of their oldest window; none where no source tells of windows.
 class WaylandRunningApplications final : public RunningApplications {
@@ -23,8 +28,6 @@ public:
     void hide(const QString& bundleIdentifier) override;
 
 private:
-    [[nodiscard]] RunningApplication application(const DesktopWindow& window);
-
     std::shared_ptr<CompositorWindows> m_windows;
     ApplicationIdentity m_identity;
 };
