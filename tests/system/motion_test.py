@@ -5,7 +5,7 @@ import unittest
 from support import x11
 from support.covering import MIDNIGHT
 from support.scene import XTERM, Scene
-from support.waiting import stays, until
+from support.waiting import happens, until
 
 SETTING = ("org.gnome.desktop.interface", "enable-animations")
 
@@ -30,12 +30,8 @@ class Motion(Scene):
 
     def assert_comes_to_rest(self, window):
         def rests():
-            try:
-                first = self.picture(window)
-                stays(lambda: self.picture(window) == first, "the glow rests", 2)  # a fifth of a breath
-                return True
-            except AssertionError:
-                return False
+            first = self.picture(window)
+            return not happens(lambda: self.picture(window) != first)  # in a fifth of a breath
 
         until(rests, "the glow rests")
 
