@@ -46,7 +46,7 @@ MISTAKES = [
     Mistake("nil where there has to be something", "workspace_url_opener.mm", "openURL:address]", "openURL:address ? nil : nil]", "compile"),
     Mistake("an optional delegate method, misspelt", "extension_request_delegate.mm",
             "request foundProperties:", "request didFindProperties:", "selectors"),
-    Mistake("an override that overrides nothing", "interactive_blocking_panel.mm", "canBecomeKeyWindow", "canBecomeKey", "selectors"),
+    Mistake("an override that overrides nothing", "interactive_blocking_panel.mm", "(BOOL)canBecomeKeyWindow", "(BOOL)canBecomeKey", "selectors"),
     # Values.
     Mistake("a panel that activates the application", "interactive_blocking_panel.mm",
             "NSWindowStyleMaskNonactivatingPanel", "NSWindowStyleMaskBorderless", "run", "test_macos_panels"),
