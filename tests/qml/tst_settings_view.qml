@@ -34,6 +34,7 @@ Item {
     SignalSpy { id: domainRemoved; signalName: "domainRemoved" }
     SignalSpy { id: applicationAdded; signalName: "applicationAdded" }
     SignalSpy { id: applicationRemoved; signalName: "applicationRemoved" }
+    SignalSpy { id: opacity; signalName: "opacityChanged" }
 
     TestCase {
         id: test
@@ -748,6 +749,45 @@ Item {
             type("a.example")
             keyClick(Qt.Key_Return)
             compare(domainAdded.count, 1)
+        }
+
+        function test_with_motion_a_sheet_that_is_closed_fades_out_of_reach() {
+            const view = make({ reduceMotion: false })
+            openDomainEditor(view)
+            type("a.example")
+            const sheet = part(view, "sheet")
+            opacity.target = sheet
+            opacity.clear()
+            keyClick(Qt.Key_Escape)
+            compare(view.editor, "")
+            verify(sheet.item)
+            verify(!sheet.enabled)
+            tryVerify(() => !sheet.item)
+            verify(opacity.count >= 2, "down, and back for the next one")
+            compare(domainAdded.count, 0)
+        }
+
+        function test_with_motion_a_sheet_that_is_opened_while_the_last_one_fades_is_a_new_one() {
+            const view = make({ reduceMotion: false })
+            openDomainEditor(view)
+            type("a.example")
+            const sheet = part(view, "sheet")
+            keyClick(Qt.Key_Escape)
+            verify(sheet.item)
+            openDomainEditor(view)
+            compare(sheet.opacity, 1)
+            type("b.example")
+            keyClick(Qt.Key_Return)
+            compare(domainAdded.count, 1)
+            compare(domainAdded.signalArguments[0][0], "b.example")
+            tryVerify(() => !sheet.item)
+        }
+
+        function test_without_motion_a_sheet_that_is_closed_goes_at_once() {
+            const view = make({})
+            openDomainEditor(view)
+            keyClick(Qt.Key_Escape)
+            verify(!part(view, "sheet").item)
         }
     }
 }

@@ -32,7 +32,9 @@ FocusScope {
     signal applicationRemoved(bundleIdentifier: string)
 
     function openEditor(which: string) {
+        sheet.drop()
         view.editor = which
+        sheet.shown = which
         sheet.forceActiveFocus(Qt.PopupFocusReason)
     }
 
@@ -40,6 +42,7 @@ FocusScope {
     function closeEditor() {
         const section = view.editor === "domain" ? websites : applications
         view.editor = ""
+        sheet.fade()
         section.addButton.forceActiveFocus(Qt.PopupFocusReason)
     }
 
@@ -235,14 +238,42 @@ FocusScope {
         flickable: page
     }
 
-    // A new sheet each time, which begins empty.
+    // A new sheet each time, which begins empty. One that was closed fades, out of reach.
     Loader {
         id: sheet
 
+        property string shown: ""
+
+        function fade() {
+            if (pageStyle.sheetOut > 0)
+                fading.start()
+            else
+                drop()
+        }
+
+        function drop() {
+            fading.stop()
+            shown = ""
+            opacity = 1
+        }
+
+        objectName: "sheet"
         anchors.fill: parent
-        active: view.editor !== ""
-        sourceComponent: view.editor === "application" ? applicationEditor : domainEditor
-        focus: active
+        active: shown !== ""
+        enabled: view.editor !== ""
+        sourceComponent: shown === "application" ? applicationEditor : domainEditor
+        focus: enabled
+
+        NumberAnimation {
+            id: fading
+
+            target: sheet
+            property: "opacity"
+            to: 0
+            duration: pageStyle.sheetOut
+            easing.type: Easing.InCubic
+            onFinished: sheet.drop()
+        }
     }
 
     // Bound components cannot be made by a Loader of a view that was made with initial properties (Qt 6.4).

@@ -63,6 +63,7 @@ QtObject {
     readonly property int hoverOut: reduceMotion ? 0 : 120
     readonly property int rowFade: reduceMotion ? 0 : 140
     readonly property int sheetIn: reduceMotion ? 0 : 180
+    readonly property int sheetOut: reduceMotion ? 0 : 120
 
     // A size of text, or of what has to hold text, in whole pixels.
     function scaled(pixels: real): int {

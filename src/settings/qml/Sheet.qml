@@ -2,8 +2,8 @@ import QtQuick
 import Orvanta.Settings
 
 /*
- * A sheet over the window: centred, opaque, over a veil that dims what is beneath and takes the pointer. It comes softly, and
- * goes at once, with all that it holds. Escape closes it, and the keyboard stays in it.
+ * A sheet over the window: centred, opaque, over a veil that dims what is beneath and takes the pointer. It comes
+ * softly. Escape closes it, and the keyboard stays in it.
  */
 FocusScope {
     id: sheet
