@@ -7,7 +7,7 @@ from support import accessible, x11
 from support.filtered import SERVER_4, Network, has_rules, run
 from support.programs import BIN, scratch, store_key
 from support.scene import Scene
-from support.waiting import stays, until
+from support.waiting import happens, stays, until
 from support.webdriver import Browser
 
 BLOCKED, ALLOWED = "https://news.blocked.example/", "https://allowed.example/"
@@ -61,9 +61,20 @@ class WebsiteProtection(Scene):
         service.start_task()
         until(has_rules, lambda: f"the filter is on\n{focus.output}")
         self.bring_to_front(until(lambda: next(iter(x11.windows(name=".*Chromium")), None), "the browser has a window"))
-        self.assertIn("ERR_CONNECTION_RESET", browser.error_of(BLOCKED))
         page = f"{service.origin}/focus/blocked"
-        until(lambda: page in browser.addresses(), lambda: f"the page is open: {browser.addresses()}\n{focus.output}", 90)
+
+        def opened():
+            return browser.addresses().count(page)
+
+        def a_visit_opens_one_page():
+            before = opened()
+            self.assertIn("ERR_CONNECTION_RESET", browser.error_of(BLOCKED))
+            until(lambda: opened() > before, lambda: f"the page is open: {browser.addresses()}\n{focus.output}", 90)
+            # A busy machine may make a visit of more than the two seconds for which one page is enough.
+            return not happens(lambda: opened() > before + 1, 3)
+
+        until(a_visit_opens_one_page, "a visit opens one page", 90)
+        before = opened()
         browser.go(ALLOWED)
         self.assertEqual(browser.texts("body"), ["welcome"])
 
@@ -71,7 +82,7 @@ class WebsiteProtection(Scene):
         until(lambda: not has_rules(), lambda: f"the filter is off\n{focus.output}")
         browser.go(BLOCKED)
         self.assertEqual(browser.texts("body"), ["welcome"])
-        self.assertEqual(browser.addresses().count(page), 1)
+        self.assertEqual(opened(), before)
 
     def test_a_changed_list_is_blocked_while_focus_is_active(self):
         focus = self.installed_focus(domains=["other.example"])

@@ -32,9 +32,10 @@ constexpr const char* malformed = "org.freedesktop.DBus.Error.InvalidArgs";
 constexpr const char* failed = "org.freedesktop.DBus.Error.Failed";
 
 /// A page makes some ten refused attempts within a moment; they are one visit, which is announced once. After a pause it is
-/// another one, say of the user's after one that some program made by itself; but visits are announced this far apart.
+/// another one, say of the user's after one that some program made by itself. Of attempts without a pause, one is
+/// announced from time to time: the user's may be among them.
 constexpr std::chrono::milliseconds betweenVisits { 250 };
-constexpr std::chrono::seconds betweenAnnouncements { 1 };
+constexpr std::chrono::seconds longestSilence { 1 };
 
 constexpr std::uint64_t checkInterval = 1'000'000; // microseconds
 constexpr int mostSilentChecks = 10;
@@ -140,7 +141,6 @@ FilterService::FilterService(Options options, int refusals, RulesWatch rulesWatc
 FilterService::~FilterService()
 {
     sd_event_source_unref(m_watch);
-    sd_event_source_unref(m_laterAnnouncement);
     sd_bus_flush_close_unref(m_bus);
     if (m_filter.queue())
         (void)m_filter.switchOff(); // before the descriptor goes that its thread writes to
@@ -167,11 +167,7 @@ std::expected<void, std::string> FilterService::connect(sd_event* loop)
         status = sd_bus_attach_event(m_bus, loop, SD_EVENT_PRIORITY_NORMAL);
     if (status < 0)
         return std::unexpected(reason("the system bus", status));
-    status = sd_event_add_time(loop, &m_laterAnnouncement, CLOCK_MONOTONIC, 0, 0, &FilterService::announceLater, this);
-    if (status >= 0)
-        status = sd_event_source_set_enabled(m_laterAnnouncement, SD_EVENT_OFF);
-    if (status >= 0)
-        status = sd_event_add_io(loop, nullptr, m_refusals, EPOLLIN, &FilterService::takeRefusals, this);
+    status = sd_event_add_io(loop, nullptr, m_refusals, EPOLLIN, &FilterService::takeRefusals, this);
     if (status >= 0)
         status = sd_event_add_io(loop, nullptr, m_rulesWatch.descriptor(), EPOLLIN, &FilterService::takeRuleChanges, this);
     std::uint64_t now = 0;
@@ -386,27 +382,11 @@ int FilterService::takeRefusals(sd_event_source*, int descriptor, std::uint32_t,
         return 0;
     FilterService& filter = service(self);
     const auto now = std::chrono::steady_clock::now();
-    const auto silence = now - std::exchange(filter.m_lastRefusal, now);
-    const auto wait = filter.m_lastAnnouncement + betweenAnnouncements - now;
-    if (wait.count() <= 0)
-        return filter.announce();
-    if (silence < betweenVisits)
+    const auto pause = now - std::exchange(filter.m_lastRefusal, now);
+    if (pause < betweenVisits && now - filter.m_lastAnnouncement < longestSilence)
         return 0;
-    const auto microseconds = std::chrono::ceil<std::chrono::microseconds>(wait).count();
-    const int status = sd_event_source_set_time_relative(filter.m_laterAnnouncement, static_cast<std::uint64_t>(microseconds));
-    return status < 0 ? status : sd_event_source_set_enabled(filter.m_laterAnnouncement, SD_EVENT_ONESHOT);
-}
-
-int FilterService::announceLater(sd_event_source*, std::uint64_t, void* self)
-{
-    return service(self).announce();
-}
-
-int FilterService::announce()
-{
-    m_lastAnnouncement = std::chrono::steady_clock::now();
-    (void)sd_event_source_set_enabled(m_laterAnnouncement, SD_EVENT_OFF);
-    return sd_bus_emit_signal(m_bus, objectPath, interfaceName, "Notification", "s", blockedDomainAttempt);
+    filter.m_lastAnnouncement = now;
+    return sd_bus_emit_signal(filter.m_bus, objectPath, interfaceName, "Notification", "s", blockedDomainAttempt);
 }
 
 /// A thread that hangs would hold every packet back. Ending the process lets them pass, and systemd starts it again.

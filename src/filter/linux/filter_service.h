@@ -59,8 +59,6 @@ private:
     static int takeRuleChanges(sd_event_source* source, int descriptor, std::uint32_t events, void* self);
     void repairRules();
     static int takeRefusals(sd_event_source* source, int descriptor, std::uint32_t events, void* self);
-    static int announceLater(sd_event_source* source, std::uint64_t now, void* self);
-    int announce();
     static int checkPackets(sd_event_source* source, std::uint64_t now, void* self);
 
     Options m_options;
@@ -73,7 +71,6 @@ private:
     bool m_cannotRepair = false;
     sd_bus* m_bus = nullptr;
     sd_event_source* m_watch = nullptr;
-    sd_event_source* m_laterAnnouncement = nullptr; ///< of a visit that came too soon after the last one
     std::chrono::steady_clock::time_point m_lastRefusal {};
     std::chrono::steady_clock::time_point m_lastAnnouncement {};
     std::uint64_t m_lastHeartbeat = 0;

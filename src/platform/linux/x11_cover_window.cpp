@@ -6,6 +6,7 @@
 #include <QDebug>
 #include <QGuiApplication>
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <utility>
@@ -19,6 +20,10 @@ namespace {
 /// How long after the presentation, or after the check before, the X server is asked whether the display is covered.
 /// Window managers settle within the first two.
 constexpr std::array pauses { 60ms, 90ms, 250ms, 600ms, 1000ms };
+
+/// One that still does not cover is looked after with the last of these pauses, up to so many checks in all: a busy desktop may take
+/// seconds to show a window.
+constexpr std::size_t mostChecks = 14;
 
 /// After so many checks in a row that found a defect, the window manager is left out.
 constexpr int defectsUntilLeaving = 2;
@@ -117,7 +122,7 @@ void X11CoverWindow::check()
     const auto found = defect();
     m_defects = found ? m_defects + 1 : 0;
     ++m_checks;
-    if (m_checks == pauses.size()) {
+    if (m_checks >= pauses.size() && (!found || m_checks == mostChecks)) {
         // One defect after a check without any is the moment of an activation that is being answered.
         if (found && m_defects > 1)
             qWarning(
@@ -131,7 +136,7 @@ void X11CoverWindow::check()
         else
             moveToFront();
     }
-    m_watch.start(pauses[m_checks]);
+    m_watch.start(pauses[std::min(m_checks, pauses.size() - 1)]);
 }
 
 /// Displays came, went or changed. A cover follows its display; when that is gone, so is what it covered, and the window

@@ -120,8 +120,8 @@ private Q_SLOTS:
             panel->setFrame(frame);
             panel->setContent([&pressed] { ++pressed; });
             panel->orderFront();
-            QTRY_COMPARE_WITH_TIMEOUT(shownPanels(), 1, patience);
-            QTRY_COMPARE_WITH_TIMEOUT(shownFrame(), frame, patience);
+            // A window manager may have other ideas in between, so it counts once.
+            QVERIFY(QTest::qWaitFor([&] { return shownPanels() == 1 && shownFrame() == frame; }, patience));
         }
         pressButton();
         QTRY_COMPARE_WITH_TIMEOUT(pressed, 1, patience);
