@@ -24,6 +24,11 @@ def seen_by(focus, path):
     return Path(f"/proc/{focus.pid}/root{path}")
 
 
+def asides(folder):
+    """What was moved aside in it."""
+    return [path for path in folder.iterdir() if ".damaged-" in path.name]
+
+
 class Lists(Scene):
     def assert_shown(self, focus, *names):
         for name in names:
@@ -34,10 +39,6 @@ class Lists(Scene):
 
     def notice(self, focus, *parts):
         return accessible.wait_for_text(focus.pid, lambda text: all(part in text for part in parts), f"a notice with {parts}")
-
-    def asides(self, focus):
-        """What was moved aside in the synced folder."""
-        return [path for path in focus.synced.iterdir() if ".damaged-" in path.name]
 
 
 class Syncing(Lists):
@@ -156,7 +157,7 @@ class Damage(Lists):
                 focus = self.damaged(content, applications=[XTERM], domains=["one.example"])
                 self.assert_shown(focus, "one.example", "XTerm")
                 self.notice(focus, "settings.json", "moved aside")
-                aside = [path for path in focus.settings_file.parent.iterdir() if ".damaged-" in path.name]
+                aside = asides(focus.settings_file.parent)
                 self.assertEqual([path.read_bytes() for path in aside], [content])
                 self.assertIn(str(aside[0]), focus.output)
                 self.assertEqual(len(focus.output.splitlines()), 1, focus.output)
@@ -173,7 +174,7 @@ class Damage(Lists):
         again = self.focus(config=config, synced=first.synced)
         self.assert_shown(again, "one.example", "XTerm")
         self.notice(again, "orvanta-focus.json", "moved aside")
-        self.assertEqual([path.read_text() for path in self.asides(again)], ["not ours"])
+        self.assertEqual([path.read_text() for path in asides(again.synced)], ["not ours"])
         ours = json.loads(again.synced_file.read_text())
         self.assertEqual(ours["blockedDomains"], ["one.example"])
         self.assertEqual([application["bundleIdentifier"] for application in json.loads(ours["blockedApplications"])], [XTERM[0]])
@@ -185,7 +186,7 @@ class Damage(Lists):
         focus.synced_file.write_text("not ours")
         accessible.press(accessible.wait_for(focus.pid, "push button", "Remove"))
         self.notice(focus, "orvanta-focus.json", "moved aside")
-        self.assertEqual([path.read_text() for path in self.asides(focus)], ["not ours"])
+        self.assertEqual([path.read_text() for path in asides(focus.synced)], ["not ours"])
         self.assertEqual(json.loads(focus.synced_file.read_text())["blockedDomains"], [])
 
     def test_a_damaged_synced_file_is_left_alone_while_there_is_nothing_to_put_in_its_place(self):
@@ -196,7 +197,7 @@ class Damage(Lists):
         focus = self.focus(synced=synced)
         focus.own_window()
         focus.wait_for_stored([])
-        stays(lambda: damaged.read_text() == "not ours" and self.asides(focus) == [], "the file is left alone")
+        stays(lambda: damaged.read_text() == "not ours" and asides(focus.synced) == [], "the file is left alone")
         self.assertEqual((damaged.stat().st_ino, damaged.stat().st_mtime_ns), (entry.st_ino, entry.st_mtime_ns))
         self.assertEqual(list(synced.iterdir()), [damaged])
 
